@@ -1,0 +1,33 @@
+#include "host/PluginHost.h"
+
+#include "shell/PluginUIBase.h"
+
+PluginHost::~PluginHost() { release(); }
+
+bool PluginHost::start(const QString& libraryPath, HostTextService* texts, QString* error) {
+    library_.setFileName(libraryPath);
+    if (!library_.load()) {
+        *error = library_.errorString();
+        return false;
+    }
+    create_ = reinterpret_cast<CreateFn>(library_.resolve("Create"));
+    release_ = reinterpret_cast<ReleaseFn>(library_.resolve("Release"));
+    if (!create_ || !release_) {
+        *error = QStringLiteral("%1 does not export Create and Release").arg(libraryPath);
+        return false;
+    }
+    window_ = create_();
+    if (!window_) {
+        *error = QStringLiteral("Create returned no window");
+        return false;
+    }
+    window_->setTextService(texts);
+    window_->init();
+    return true;
+}
+
+void PluginHost::release() {
+    if (release_ && window_)
+        release_();
+    window_ = nullptr;
+}

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QLibrary>
+#include <QString>
+
+class PluginUIBase;
+class HostTextService;
+
+// Loads libbramble.so the way the host application does: resolves the two C entries, hands
+// the window its word service, calls init, and releases it at the end.
+class PluginHost {
+public:
+    PluginHost() = default;
+    ~PluginHost();
+    PluginHost(const PluginHost&) = delete;
+    PluginHost& operator=(const PluginHost&) = delete;
+
+    // Loads the library and creates the window with `texts` set and init() done.
+    bool start(const QString& libraryPath, HostTextService* texts, QString* error);
+    PluginUIBase* window() const { return window_; }
+    // Calls Release; the window is gone afterwards.
+    void release();
+
+private:
+    using CreateFn = PluginUIBase* (*)();
+    using ReleaseFn = void (*)();
+
+    QLibrary library_;
+    CreateFn create_ = nullptr;
+    ReleaseFn release_ = nullptr;
+    PluginUIBase* window_ = nullptr;
+};

@@ -1,0 +1,107 @@
+// bramble-host: a stand-in for the host application. It loads the plug-in, serves it words
+// from host/texts, shows its window with an About entry for the version history, and
+// releases the plug-in at exit.
+//
+//   bramble-host [--lang en|zh] [--plugin PATH] [--screenshot FILE] [--quit-after MS]
+
+#include "host/HostTextFiles.h"
+#include "host/PluginHost.h"
+#include "shell/PluginUIBase.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QScreen>
+#include <QTabWidget>
+#include <QTextBrowser>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+QString defaultPluginPath() {
+    return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("../" BRAMBLE_PLUGIN_NAME));
+}
+
+void showAbout(PluginUIBase* window) {
+    QMessageBox box(window);
+    box.setWindowTitle(window->pluginTitle());
+    box.setTextFormat(Qt::RichText);
+    box.setText(window->versionLog());
+    box.exec();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QApplication app(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Mosswood"));
+    QCoreApplication::setApplicationName(QStringLiteral("Bramble"));
+
+    QCommandLineParser parser;
+    parser.addHelpOption();
+    QCommandLineOption lang(QStringLiteral("lang"), QStringLiteral("Interface language: en or zh."),
+                            QStringLiteral("lang"));
+    QCommandLineOption plugin(QStringLiteral("plugin"), QStringLiteral("Path of libbramble.so."),
+                              QStringLiteral("path"), defaultPluginPath());
+    QCommandLineOption screenshot(QStringLiteral("screenshot"),
+                                  QStringLiteral("Save a picture of the window and quit."),
+                                  QStringLiteral("file"));
+    QCommandLineOption quitAfter(QStringLiteral("quit-after"),
+                                 QStringLiteral("Quit after this many milliseconds."),
+                                 QStringLiteral("ms"));
+    parser.addOptions({lang, plugin, screenshot, quitAfter});
+    parser.process(app);
+
+    QString language = parser.value(lang);
+    if (language.isEmpty())
+        language = QLocale::system().name().startsWith(QLatin1String("zh")) ? QStringLiteral("zh")
+                                                                             : QStringLiteral("en");
+    HostTextFiles texts;
+    QString error;
+    if (!texts.load(QStringLiteral(":/texts/%1.tsv").arg(language), &error)) {
+        std::fprintf(stderr, "bramble-host: %s\n", qPrintable(error));
+        return 1;
+    }
+
+    PluginHost host;
+    if (!host.start(parser.value(plugin), &texts, &error)) {
+        std::fprintf(stderr, "bramble-host: %s\n", qPrintable(error));
+        return 1;
+    }
+    PluginUIBase* window = host.window();
+    window->setWindowTitle(window->pluginTitle());
+    QAction* about = window->menuBar()->addAction(QStringLiteral("About"));
+    QObject::connect(about, &QAction::triggered, window, [window] { showAbout(window); });
+    window->resize(1280, 900);
+    window->show();
+
+    // Tell a terminal user what came up, so a run without a display still shows something.
+    if (auto* tabs = window->findChild<QTabWidget*>()) {
+        QStringList labels;
+        for (int i = 0; i < tabs->count(); ++i)
+            labels << tabs->tabText(i);
+        std::printf("%s: %s\n", qPrintable(window->pluginTitle()), qPrintable(labels.join(" | ")));
+        std::fflush(stdout);
+    }
+
+    if (parser.isSet(screenshot)) {
+        const QString file = parser.value(screenshot);
+        QTimer::singleShot(parser.value(quitAfter).toInt() > 0 ? parser.value(quitAfter).toInt() : 500,
+                           window, [window, file] {
+                               window->grab().save(file);
+                               std::printf("screenshot: %s\n", qPrintable(file));
+                               QApplication::quit();
+                           });
+    } else if (parser.isSet(quitAfter)) {
+        QTimer::singleShot(parser.value(quitAfter).toInt(), &app, &QApplication::quit);
+    }
+
+    const int rc = app.exec();
+    host.release();
+    return rc;
+}

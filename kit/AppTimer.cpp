@@ -1,0 +1,3 @@
+#include "kit/AppTimer.h"
+
+AppTimer::AppTimer(QObject* parent) : QTimer(parent) {}

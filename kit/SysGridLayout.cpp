@@ -1,0 +1,3 @@
+#include "kit/SysGridLayout.h"
+
+SysGridLayout::SysGridLayout(QWidget* parent) : QGridLayout(parent) {}

@@ -1,0 +1,3 @@
+#include "kit/SysHLayout.h"
+
+SysHLayout::SysHLayout(QWidget* parent) : QHBoxLayout(parent) {}

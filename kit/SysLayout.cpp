@@ -1,0 +1,3 @@
+#include "kit/SysLayout.h"
+
+SysLayout::SysLayout(QWidget* parent) : QLayout(parent) {}

@@ -1,0 +1,3 @@
+#include "kit/SysScrollArea.h"
+
+SysScrollArea::SysScrollArea(QWidget* parent) : QScrollArea(parent) {}

@@ -1,0 +1,39 @@
+#include "kit/SysSplitter.h"
+
+SysSplitter::SysSplitter(QWidget* parent) : QSplitter(parent) {
+    setChildrenCollapsible(false);
+    setStyleSheet(QStringLiteral("\tQSplitter {\t\tfont-family: '微软雅黑';\t\tpadding: 0px;"
+                                 "\t\tmargin: 0px;\t\tbackground: transparent;\t}"
+                                 "\tQSplitter::handle {\t\tbackground: transparent;\t}"));
+}
+
+void SysSplitter::setBackgroundColor(std::string color) {
+    setStyleSheet(styleSheet() +
+                  QString::asprintf("\tQSplitter {\t\tbackground-color: %s;\t}", color.c_str()));
+}
+
+void SysSplitter::setPadding(float em) {
+    setStyleSheet(styleSheet() + QString::asprintf("\tQSplitter {\t\tpadding: %.2fem;\t}", em));
+}
+
+void SysSplitter::setHandleWidth(int px) {
+    setStyleSheet(styleSheet() + QString::asprintf("\tQSplitter::handle {\t\twidth: %dpx;\t}", px));
+}
+
+void SysSplitter::setRadius(float em) {
+    setStyleSheet(styleSheet() +
+                  QString::asprintf("\tQSplitter {\t\tborder-radius: %.2fem;\t}", em));
+}
+
+void SysSplitter::setHorizontal(bool horizontal) {
+    setOrientation(horizontal ? Qt::Horizontal : Qt::Vertical);
+}
+
+void SysSplitter::clearWidgets() {
+    while (count() > 0) {
+        QWidget* w = widget(0);
+        // Unparenting drops the widget from the splitter's list at once.
+        w->setParent(nullptr);
+        delete w;
+    }
+}

@@ -1,0 +1,3 @@
+#include "kit/SysVLayout.h"
+
+SysVLayout::SysVLayout(QWidget* parent) : QVBoxLayout(parent) {}

@@ -1,0 +1,27 @@
+#include "kit/SysWidget.h"
+
+#include <QApplication>
+#include <QDesktopWidget>
+
+SysWidget::SysWidget(QWidget* parent) : QWidget(parent) {
+    setAttribute(Qt::WA_StyledBackground);
+    setStyleSheet(QStringLiteral("\tQWidget {\t\tfont-family: '微软雅黑';\t\tpadding: 0px;"
+                                 "\t\tmargin: 0px;\t}"));
+    setBackgroundColor("transparent");
+    setFontSize(18);
+}
+
+void SysWidget::setFontSize(int px) {
+    setStyleSheet(styleSheet() + QString::asprintf("\tQWidget {\t\tfont-size: %dpx;\t}", px));
+}
+
+void SysWidget::setBackgroundColor(std::string color) {
+    setStyleSheet(styleSheet() +
+                  QString::asprintf("\tQWidget {\t\tbackground-color: %s;\t}", color.c_str()));
+}
+
+void SysWidget::setMinimumSizeRelative(float ratio) {
+    const QWidget* desktop = QApplication::desktop();
+    setMinimumSize(static_cast<int>(static_cast<float>(desktop->width()) * ratio),
+                   static_cast<int>(static_cast<float>(desktop->height()) * ratio));
+}

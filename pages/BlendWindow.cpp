@@ -1,0 +1,3 @@
+#include "pages/BlendWindow.h"
+
+BlendWindow::BlendWindow(QWidget* parent) : TabWinBase(parent) {}

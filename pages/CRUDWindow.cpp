@@ -1,0 +1,3 @@
+#include "pages/CRUDWindow.h"
+
+CRUDWindow::CRUDWindow(QWidget* parent) : TabWinBase(parent) {}

@@ -1,0 +1,3 @@
+#include "pages/CmdWindow.h"
+
+CmdWindow::CmdWindow(QWidget* parent) : TabWinBase(parent) {}

@@ -1,0 +1,3 @@
+#include "pages/DownloadWindow.h"
+
+DownloadWindow::DownloadWindow(QWidget* parent) : TabWinBase(parent) {}

@@ -1,0 +1,42 @@
+#include "pages/TabWinBase.h"
+
+#include "shell/MainWindow.h"
+
+#include <cstdarg>
+
+TabWinBase::TabWinBase(QWidget* parent) : SysSplitter(parent) {
+    connect(
+        this, &TabWinBase::msgSig, this,
+        [this](int id, QVariant value) {
+            const auto it = handlers_.find(id);
+            if (it != handlers_.end())
+                it->second(value);
+        },
+        Qt::AutoConnection);
+}
+
+void TabWinBase::registerMsg(int id, std::function<void(QVariant)> fn) {
+    handlers_[id] = std::move(fn);
+}
+
+void TabWinBase::sendMsg(int id, QVariant value) { emit msgSig(id, value); }
+
+void TabWinBase::addLog(SYS_LOG_LEVEL level, QString strLog) {
+    MainWindow::instance()->addTestLog(level, strLog);
+}
+
+void TabWinBase::logError(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    const QString line = QString::vasprintf(format, args);
+    va_end(args);
+    addLog(SYS_LOG_ERROR, line);
+}
+
+void TabWinBase::logInfo(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    const QString line = QString::vasprintf(format, args);
+    va_end(args);
+    addLog(SYS_LOG_INFO, line);
+}
