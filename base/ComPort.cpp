@@ -52,7 +52,9 @@ bool ComPort::close() {
     return true;
 }
 
-bool ComPort::isOpen() const { return serial_->isOpen(); }
+bool ComPort::isOpen() const {
+    return serial_->isOpen();
+}
 
 bool ComPort::setBaudrate(int baud) {
     if (!isOpen())
@@ -65,7 +67,9 @@ bool ComPort::setBaudrate(int baud) {
     return true;
 }
 
-int ComPort::baudrate() const { return isOpen() ? int(serial_->getBaudrate()) : -1; }
+int ComPort::baudrate() const {
+    return isOpen() ? int(serial_->getBaudrate()) : -1;
+}
 
 void ComPort::setDtr(bool high) {
     if (!isOpen())
@@ -85,11 +89,17 @@ void ComPort::setRts(bool high) {
     }
 }
 
-bool ComPort::writeByte(unsigned char v) { return writeRaw(&v, 1); }
+bool ComPort::writeByte(unsigned char v) {
+    return writeRaw(&v, 1);
+}
 
-bool ComPort::write(const ByteBuffer& data) { return writeRaw(data.data(), unsigned(data.size())); }
+bool ComPort::write(const ByteBuffer& data) {
+    return writeRaw(data.data(), unsigned(data.size()));
+}
 
-bool ComPort::write(const std::string& data) { return writeRaw(data.data(), unsigned(data.size())); }
+bool ComPort::write(const std::string& data) {
+    return writeRaw(data.data(), unsigned(data.size()));
+}
 
 bool ComPort::writeLine(const std::string& text, bool withLf) {
     return write(text + (withLf ? "\r\n" : "\r"));

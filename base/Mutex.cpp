@@ -2,8 +2,14 @@
 
 Mutex::Mutex() : section_(new std::recursive_mutex) {}
 
-Mutex::~Mutex() { delete section_; }
+Mutex::~Mutex() {
+    delete section_;
+}
 
-void Mutex::lock() { section_->lock(); }
+void Mutex::lock() {
+    section_->lock();
+}
 
-void Mutex::unlock() { section_->unlock(); }
+void Mutex::unlock() {
+    section_->unlock();
+}

@@ -2,6 +2,10 @@
 
 #include "base/Mutex.h"
 
-MutexLock::MutexLock(Mutex& mutex) : mutex_(mutex) { mutex_.lock(); }
+MutexLock::MutexLock(Mutex& mutex) : mutex_(mutex) {
+    mutex_.lock();
+}
 
-MutexLock::~MutexLock() { mutex_.unlock(); }
+MutexLock::~MutexLock() {
+    mutex_.unlock();
+}

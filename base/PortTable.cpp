@@ -72,7 +72,8 @@ QString PortTable::virtualPortDir() {
 QStringList PortTable::virtualPorts() {
     QStringList names;
     const QFileInfoList entries =
-        QDir(virtualPortDir()).entryInfoList(QDir::System | QDir::Files | QDir::NoDotAndDotDot, QDir::Name);
+        QDir(virtualPortDir())
+            .entryInfoList(QDir::System | QDir::Files | QDir::NoDotAndDotDot, QDir::Name);
     for (const QFileInfo& entry : entries)
         if (entry.isSymLink() && entry.exists()) // a link whose target went away is no port
             names << entry.fileName();

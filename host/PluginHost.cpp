@@ -2,7 +2,9 @@
 
 #include "shell/PluginUIBase.h"
 
-PluginHost::~PluginHost() { release(); }
+PluginHost::~PluginHost() {
+    release();
+}
 
 bool PluginHost::start(const QString& libraryPath, HostTextService* texts, QString* error) {
     library_.setFileName(libraryPath);

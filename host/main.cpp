@@ -24,7 +24,8 @@
 namespace {
 
 QString defaultPluginPath() {
-    return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("../" BRAMBLE_PLUGIN_NAME));
+    return QDir(QCoreApplication::applicationDirPath())
+        .filePath(QStringLiteral("../" BRAMBLE_PLUGIN_NAME));
 }
 
 void showAbout(PluginUIBase* window) {
@@ -60,7 +61,7 @@ int main(int argc, char** argv) {
     QString language = parser.value(lang);
     if (language.isEmpty())
         language = QLocale::system().name().startsWith(QLatin1String("zh")) ? QStringLiteral("zh")
-                                                                             : QStringLiteral("en");
+                                                                            : QStringLiteral("en");
     HostTextFiles texts;
     QString error;
     if (!texts.load(QStringLiteral(":/texts/%1.tsv").arg(language), &error)) {
@@ -91,7 +92,8 @@ int main(int argc, char** argv) {
 
     if (parser.isSet(screenshot)) {
         const QString file = parser.value(screenshot);
-        QTimer::singleShot(parser.value(quitAfter).toInt() > 0 ? parser.value(quitAfter).toInt() : 500,
+        QTimer::singleShot(parser.value(quitAfter).toInt() > 0 ? parser.value(quitAfter).toInt()
+                                                               : 500,
                            window, [window, file] {
                                window->grab().save(file);
                                std::printf("screenshot: %s\n", qPrintable(file));

@@ -19,7 +19,9 @@ void TabWinBase::registerMsg(int id, std::function<void(QVariant)> fn) {
     handlers_[id] = std::move(fn);
 }
 
-void TabWinBase::sendMsg(int id, QVariant value) { emit msgSig(id, value); }
+void TabWinBase::sendMsg(int id, QVariant value) {
+    emit msgSig(id, value);
+}
 
 void TabWinBase::addLog(SYS_LOG_LEVEL level, QString strLog) {
     MainWindow::instance()->addTestLog(level, strLog);

@@ -58,19 +58,33 @@ Serial::Serial(const std::string& port, uint32_t baudrate, Timeout timeout, byte
     }
 }
 
-Serial::~Serial() { delete pimpl_; }
+Serial::~Serial() {
+    delete pimpl_;
+}
 
-void Serial::open() { pimpl_->open(); }
+void Serial::open() {
+    pimpl_->open();
+}
 
-bool Serial::isOpen() const { return pimpl_->isOpen(); }
+bool Serial::isOpen() const {
+    return pimpl_->isOpen();
+}
 
-void Serial::close() { pimpl_->close(); }
+void Serial::close() {
+    pimpl_->close();
+}
 
-size_t Serial::available() { return pimpl_->available(); }
+size_t Serial::available() {
+    return pimpl_->available();
+}
 
-bool Serial::waitReadable(uint32_t timeoutMs) { return pimpl_->waitReadable(timeoutMs); }
+bool Serial::waitReadable(uint32_t timeoutMs) {
+    return pimpl_->waitReadable(timeoutMs);
+}
 
-void Serial::waitByteTimes(size_t count) { pimpl_->waitByteTimes(count); }
+void Serial::waitByteTimes(size_t count) {
+    pimpl_->waitByteTimes(count);
+}
 
 size_t Serial::read(uint8_t* buffer, size_t size) {
     ScopedLocks lock(pimpl_, true, false);
@@ -141,31 +155,57 @@ void Serial::setPort(const std::string& port) {
         pimpl_->open();
 }
 
-std::string Serial::getPort() const { return pimpl_->getPort(); }
+std::string Serial::getPort() const {
+    return pimpl_->getPort();
+}
 
-void Serial::setTimeout(const Timeout& timeout) { pimpl_->setTimeout(timeout); }
+void Serial::setTimeout(const Timeout& timeout) {
+    pimpl_->setTimeout(timeout);
+}
 
-Timeout Serial::getTimeout() const { return pimpl_->getTimeout(); }
+Timeout Serial::getTimeout() const {
+    return pimpl_->getTimeout();
+}
 
-void Serial::setBaudrate(uint32_t baudrate) { pimpl_->setBaudrate(baudrate); }
+void Serial::setBaudrate(uint32_t baudrate) {
+    pimpl_->setBaudrate(baudrate);
+}
 
-uint32_t Serial::getBaudrate() const { return pimpl_->getBaudrate(); }
+uint32_t Serial::getBaudrate() const {
+    return pimpl_->getBaudrate();
+}
 
-void Serial::setBytesize(bytesize_t bytesize) { pimpl_->setBytesize(bytesize); }
+void Serial::setBytesize(bytesize_t bytesize) {
+    pimpl_->setBytesize(bytesize);
+}
 
-bytesize_t Serial::getBytesize() const { return pimpl_->getBytesize(); }
+bytesize_t Serial::getBytesize() const {
+    return pimpl_->getBytesize();
+}
 
-void Serial::setParity(parity_t parity) { pimpl_->setParity(parity); }
+void Serial::setParity(parity_t parity) {
+    pimpl_->setParity(parity);
+}
 
-parity_t Serial::getParity() const { return pimpl_->getParity(); }
+parity_t Serial::getParity() const {
+    return pimpl_->getParity();
+}
 
-void Serial::setStopbits(stopbits_t stopbits) { pimpl_->setStopbits(stopbits); }
+void Serial::setStopbits(stopbits_t stopbits) {
+    pimpl_->setStopbits(stopbits);
+}
 
-stopbits_t Serial::getStopbits() const { return pimpl_->getStopbits(); }
+stopbits_t Serial::getStopbits() const {
+    return pimpl_->getStopbits();
+}
 
-void Serial::setFlowcontrol(flowcontrol_t flowcontrol) { pimpl_->setFlowcontrol(flowcontrol); }
+void Serial::setFlowcontrol(flowcontrol_t flowcontrol) {
+    pimpl_->setFlowcontrol(flowcontrol);
+}
 
-flowcontrol_t Serial::getFlowcontrol() const { return pimpl_->getFlowcontrol(); }
+flowcontrol_t Serial::getFlowcontrol() const {
+    return pimpl_->getFlowcontrol();
+}
 
 void Serial::flush() {
     ScopedLocks lock(pimpl_, true, true);
@@ -182,22 +222,40 @@ void Serial::flushOutput() {
     pimpl_->flushOutput();
 }
 
-void Serial::sendBreak(int durationMs) { pimpl_->sendBreak(durationMs); }
+void Serial::sendBreak(int durationMs) {
+    pimpl_->sendBreak(durationMs);
+}
 
-void Serial::setBreak(bool level) { pimpl_->setBreak(level); }
+void Serial::setBreak(bool level) {
+    pimpl_->setBreak(level);
+}
 
-void Serial::setRTS(bool level) { pimpl_->setRTS(level); }
+void Serial::setRTS(bool level) {
+    pimpl_->setRTS(level);
+}
 
-void Serial::setDTR(bool level) { pimpl_->setDTR(level); }
+void Serial::setDTR(bool level) {
+    pimpl_->setDTR(level);
+}
 
-bool Serial::waitForChange() { return pimpl_->waitForChange(); }
+bool Serial::waitForChange() {
+    return pimpl_->waitForChange();
+}
 
-bool Serial::getCTS() { return pimpl_->getCTS(); }
+bool Serial::getCTS() {
+    return pimpl_->getCTS();
+}
 
-bool Serial::getDSR() { return pimpl_->getDSR(); }
+bool Serial::getDSR() {
+    return pimpl_->getDSR();
+}
 
-bool Serial::getRI() { return pimpl_->getRI(); }
+bool Serial::getRI() {
+    return pimpl_->getRI();
+}
 
-bool Serial::getCD() { return pimpl_->getCD(); }
+bool Serial::getCD() {
+    return pimpl_->getCD();
+}
 
 } // namespace serial

@@ -16,8 +16,18 @@ struct Timeout {
 
 // Fixed to int, so a value from outside the lists is still a value that the port can refuse.
 enum bytesize_t : int { fivebits = 5, sixbits = 6, sevenbits = 7, eightbits = 8 };
-enum parity_t : int { parity_none = 0, parity_odd = 1, parity_even = 2, parity_mark = 3, parity_space = 4 };
+enum parity_t : int {
+    parity_none = 0,
+    parity_odd = 1,
+    parity_even = 2,
+    parity_mark = 3,
+    parity_space = 4
+};
 enum stopbits_t : int { stopbits_one = 1, stopbits_two = 2, stopbits_one_point_five = 3 };
-enum flowcontrol_t : int { flowcontrol_none = 0, flowcontrol_software = 1, flowcontrol_hardware = 2 };
+enum flowcontrol_t : int {
+    flowcontrol_none = 0,
+    flowcontrol_software = 1,
+    flowcontrol_hardware = 2
+};
 
 } // namespace serial

@@ -22,13 +22,21 @@ MainWindow::MainWindow() : splitter_(nullptr) {}
 
 MainWindow::~MainWindow() = default;
 
-MainWindow* MainWindow::instance() { return static_cast<MainWindow*>(Create()); }
+MainWindow* MainWindow::instance() {
+    return static_cast<MainWindow*>(Create());
+}
 
-QString MainWindow::text(const QString& key) { return instance()->textService()->text(key); }
+QString MainWindow::text(const QString& key) {
+    return instance()->textService()->text(key);
+}
 
-QString MainWindow::pluginTitle() { return textService()->text(QStringLiteral("main/title")); }
+QString MainWindow::pluginTitle() {
+    return textService()->text(QStringLiteral("main/title"));
+}
 
-QString MainWindow::versionLog() { return VersionHistory::html(textService()); }
+QString MainWindow::versionLog() {
+    return VersionHistory::html(textService());
+}
 
 void MainWindow::init() {
     setCentralWidget(&splitter_);

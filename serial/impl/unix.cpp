@@ -27,7 +27,9 @@ const char* const kSourceFile = "serial/impl/unix";
 
 #define THROW_IO(description) throwIo(__LINE__, description)
 
-std::string errnoText() { return std::to_string(errno); }
+std::string errnoText() {
+    return std::to_string(errno);
+}
 
 using Clock = std::chrono::steady_clock;
 
@@ -112,28 +114,52 @@ void Serial::SerialImpl::reconfigurePort() {
 
     tio.c_cflag &= ~tcflag_t(CSIZE);
     switch (bytesize_) {
-    case fivebits: tio.c_cflag |= CS5; break;
-    case sixbits: tio.c_cflag |= CS6; break;
-    case sevenbits: tio.c_cflag |= CS7; break;
-    case eightbits: tio.c_cflag |= CS8; break;
-    default: throw std::invalid_argument("invalid char len");
+    case fivebits:
+        tio.c_cflag |= CS5;
+        break;
+    case sixbits:
+        tio.c_cflag |= CS6;
+        break;
+    case sevenbits:
+        tio.c_cflag |= CS7;
+        break;
+    case eightbits:
+        tio.c_cflag |= CS8;
+        break;
+    default:
+        throw std::invalid_argument("invalid char len");
     }
 
     switch (stopbits_) {
-    case stopbits_one: tio.c_cflag &= ~tcflag_t(CSTOPB); break;
+    case stopbits_one:
+        tio.c_cflag &= ~tcflag_t(CSTOPB);
+        break;
     case stopbits_two:
-    case stopbits_one_point_five: tio.c_cflag |= CSTOPB; break; // the line has no 1.5
-    default: throw std::invalid_argument("invalid stop bit");
+    case stopbits_one_point_five:
+        tio.c_cflag |= CSTOPB;
+        break; // the line has no 1.5
+    default:
+        throw std::invalid_argument("invalid stop bit");
     }
 
     tio.c_cflag &= ~tcflag_t(PARENB | PARODD | CMSPAR);
     switch (parity_) {
-    case parity_none: break;
-    case parity_odd: tio.c_cflag |= PARENB | PARODD; break;
-    case parity_even: tio.c_cflag |= PARENB; break;
-    case parity_mark: tio.c_cflag |= PARENB | PARODD | CMSPAR; break;
-    case parity_space: tio.c_cflag |= PARENB | CMSPAR; break;
-    default: throw std::invalid_argument("invalid parity");
+    case parity_none:
+        break;
+    case parity_odd:
+        tio.c_cflag |= PARENB | PARODD;
+        break;
+    case parity_even:
+        tio.c_cflag |= PARENB;
+        break;
+    case parity_mark:
+        tio.c_cflag |= PARENB | PARODD | CMSPAR;
+        break;
+    case parity_space:
+        tio.c_cflag |= PARENB | CMSPAR;
+        break;
+    default:
+        throw std::invalid_argument("invalid parity");
     }
 
     switch (flowcontrol_) {
@@ -224,8 +250,9 @@ size_t Serial::SerialImpl::read(uint8_t* buf, size_t size) {
     if (!is_open_)
         throw PortNotOpenedException("Serial::read");
     const bool bounded = timeout_.read_timeout_constant || timeout_.read_timeout_multiplier;
-    const auto end = Clock::now() + std::chrono::milliseconds(uint64_t(timeout_.read_timeout_constant) +
-                                                             uint64_t(timeout_.read_timeout_multiplier) * size);
+    const auto end =
+        Clock::now() + std::chrono::milliseconds(uint64_t(timeout_.read_timeout_constant) +
+                                                 uint64_t(timeout_.read_timeout_multiplier) * size);
     size_t got = 0;
     while (got < size) {
         const ssize_t r = ::read(fd_, buf + got, size - got);
@@ -260,9 +287,9 @@ size_t Serial::SerialImpl::write(const uint8_t* data, size_t size) {
     if (!is_open_)
         throw PortNotOpenedException("Serial::write");
     const bool bounded = timeout_.write_timeout_constant || timeout_.write_timeout_multiplier;
-    const auto end =
-        Clock::now() + std::chrono::milliseconds(uint64_t(timeout_.write_timeout_constant) +
-                                                 uint64_t(timeout_.write_timeout_multiplier) * size);
+    const auto end = Clock::now() +
+                     std::chrono::milliseconds(uint64_t(timeout_.write_timeout_constant) +
+                                               uint64_t(timeout_.write_timeout_multiplier) * size);
     size_t sent = 0;
     while (sent < size) {
         const ssize_t r = ::write(fd_, data + sent, size - sent);
@@ -366,9 +393,13 @@ void Serial::SerialImpl::setModemLine(int line, bool level, const char* what) {
         THROW_IO(std::string(what) + " failed on a call to ioctl: " + errnoText());
 }
 
-void Serial::SerialImpl::setRTS(bool level) { setModemLine(TIOCM_RTS, level, "Serial::setRTS"); }
+void Serial::SerialImpl::setRTS(bool level) {
+    setModemLine(TIOCM_RTS, level, "Serial::setRTS");
+}
 
-void Serial::SerialImpl::setDTR(bool level) { setModemLine(TIOCM_DTR, level, "Serial::setDTR"); }
+void Serial::SerialImpl::setDTR(bool level) {
+    setModemLine(TIOCM_DTR, level, "Serial::setDTR");
+}
 
 int Serial::SerialImpl::modemLines(const char* what) {
     if (!is_open_)
@@ -388,13 +419,21 @@ bool Serial::SerialImpl::waitForChange() {
     return true;
 }
 
-bool Serial::SerialImpl::getCTS() { return modemLines("Serial::getCTS") & TIOCM_CTS; }
+bool Serial::SerialImpl::getCTS() {
+    return modemLines("Serial::getCTS") & TIOCM_CTS;
+}
 
-bool Serial::SerialImpl::getDSR() { return modemLines("Serial::getDSR") & TIOCM_DSR; }
+bool Serial::SerialImpl::getDSR() {
+    return modemLines("Serial::getDSR") & TIOCM_DSR;
+}
 
-bool Serial::SerialImpl::getRI() { return modemLines("Serial::getRI") & TIOCM_RI; }
+bool Serial::SerialImpl::getRI() {
+    return modemLines("Serial::getRI") & TIOCM_RI;
+}
 
-bool Serial::SerialImpl::getCD() { return modemLines("Serial::getCD") & TIOCM_CD; }
+bool Serial::SerialImpl::getCD() {
+    return modemLines("Serial::getCD") & TIOCM_CD;
+}
 
 void Serial::SerialImpl::readLock() {
     if (pthread_mutex_lock(&read_mutex_) != 0)

@@ -1,5 +1,5 @@
-#include "base/BaseUtils.h"
 #include "base/ByteBuffer.h"
+#include "base/BaseUtils.h"
 #include "base/Deadline.h"
 #include "base/Mutex.h"
 #include "base/MutexLock.h"

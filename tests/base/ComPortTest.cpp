@@ -12,10 +12,13 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 long msSince(Clock::time_point start) {
-    return long(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
+    return long(
+        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
 }
 
-std::string text(const ByteBuffer& b) { return std::string(b.data(), b.data() + b.size()); }
+std::string text(const ByteBuffer& b) {
+    return std::string(b.data(), b.data() + b.size());
+}
 
 // Writes `bytes` into the peer after `delayMs`, from another thread.
 std::thread later(PtyPeer& peer, int delayMs, std::string bytes) {
@@ -102,7 +105,8 @@ TEST(ComPort, WritesExactBytesOnTheWire) {
     EXPECT_TRUE(port.writeLine("get_version", false));
     EXPECT_TRUE(port.writeLine("reboot", true));
     EXPECT_TRUE(port.writeRaw("\r\n\0\xff", 4));
-    EXPECT_EQ(peer.readExactly(28), std::string("\xA5\0\0\0\0get_version\rreboot\r\n\r\n\0\xff", 28));
+    EXPECT_EQ(peer.readExactly(28),
+              std::string("\xA5\0\0\0\0get_version\rreboot\r\n\r\n\0\xff", 28));
 }
 
 TEST(ComPort, TimedReadWaitsTheWholeTimeForSilence) {

@@ -28,8 +28,9 @@ TEST(Serial, ExceptionTextsNameWhatFailed) {
               std::string("SerialException Serial port already open. failed."));
     EXPECT_EQ(serial::PortNotOpenedException("Serial::read").what(),
               std::string("PortNotOpenedException Serial::read failed."));
-    EXPECT_EQ(serial::IOException("serial/impl/unix", 42, "Error setting timeouts.").what(),
-              std::string("IO Exception: Error setting timeouts., file serial/impl/unix, line 42."));
+    EXPECT_EQ(
+        serial::IOException("serial/impl/unix", 42, "Error setting timeouts.").what(),
+        std::string("IO Exception: Error setting timeouts., file serial/impl/unix, line 42."));
 }
 
 TEST(Serial, OpenFailuresRaiseTheirTexts) {
@@ -48,7 +49,9 @@ TEST(Serial, OpenFailuresRaiseTheirTexts) {
     ASSERT_TRUE(plain.open());
     s.setPort(plain.fileName().toStdString());
     const std::string notTty = raised<serial::IOException>([&] { s.open(); });
-    EXPECT_EQ(notTty.rfind("IO Exception: Error getting the serial port state., file serial/impl/unix", 0), 0u)
+    EXPECT_EQ(notTty.rfind(
+                  "IO Exception: Error getting the serial port state., file serial/impl/unix", 0),
+              0u)
         << notTty;
     EXPECT_FALSE(s.isOpen());
 

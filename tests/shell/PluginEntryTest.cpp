@@ -1,3 +1,4 @@
+#include "shell/PluginEntry.h"
 #include "kit/SysGroupBox.h"
 #include "kit/SysSplitter.h"
 #include "kit/SysTab.h"
@@ -6,7 +7,6 @@
 #include "pages/CmdWindow.h"
 #include "pages/DownloadWindow.h"
 #include "shell/MainWindow.h"
-#include "shell/PluginEntry.h"
 #include "support/HostWords.h"
 
 #include <gtest/gtest.h>
@@ -85,9 +85,10 @@ TEST(PluginEntry, VersionHistoryAsksEveryKeyOldestFirst) {
     EXPECT_EQ(html.count("<p class=\"versionLog\">"), 36);
     EXPECT_EQ(html.count("</p>"), 36);
     EXPECT_EQ(html.count("<li class=\"versionLogContentItem\">"), 62);
-    EXPECT_TRUE(html.startsWith("<p class=\"versionLog\"><span class=\"versionTitle\">version/v_1_0"
-                                "</span><ol class=\"versionLogContent\"><li "
-                                "class=\"versionLogContentItem\">version/v_1_0/log_1;</li></ol></p>"));
+    EXPECT_TRUE(
+        html.startsWith("<p class=\"versionLog\"><span class=\"versionTitle\">version/v_1_0"
+                        "</span><ol class=\"versionLogContent\"><li "
+                        "class=\"versionLogContentItem\">version/v_1_0/log_1;</li></ol></p>"));
     EXPECT_TRUE(html.endsWith(
         "<span class=\"versionTitle\">version/v_1_7_7</span><ol class=\"versionLogContent\">"
         "<li class=\"versionLogContentItem\">version/v_1_7_7/log_1;</li>"

@@ -25,7 +25,9 @@ PtyPeer::PtyPeer() {
     }
 }
 
-PtyPeer::~PtyPeer() { close(); }
+PtyPeer::~PtyPeer() {
+    close();
+}
 
 void PtyPeer::write(const std::string& bytes) {
     size_t sent = 0;
@@ -79,7 +81,9 @@ std::string PtyPeer::readExactly(size_t n, int timeoutMs) {
     return out;
 }
 
-void PtyPeer::drain() { read(5, 200); }
+void PtyPeer::drain() {
+    read(5, 200);
+}
 
 void PtyPeer::close() {
     if (master_ >= 0)
