@@ -1,0 +1,259 @@
+#include "base/ComPort.h"
+#include "engines/AppQZ4410Imple.h"
+#include "support/LogCatcher.h"
+#include "support/PtyPeer.h"
+
+#include <gtest/gtest.h>
+
+#include <QTemporaryDir>
+
+#include <chrono>
+#include <thread>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::string bytes(std::initializer_list<int> values) {
+    std::string s;
+    for (int v : values)
+        s.push_back(char(v));
+    return s;
+}
+
+std::string le32(uint32_t v) {
+    return bytes({int(v & 0xFF), int((v >> 8) & 0xFF), int((v >> 16) & 0xFF), int(v >> 24)});
+}
+
+ByteBuffer pattern(int n) {
+    ByteBuffer b;
+    for (int i = 0; i < n; ++i)
+        b.appendByte(static_cast<unsigned char>(i * 7 + 3));
+    return b;
+}
+
+std::string text(const ByteBuffer& b, int from, int n) {
+    return std::string(b.data() + from, b.data() + from + n);
+}
+
+struct Bench {
+    PtyPeer peer;
+    ComPort port;
+    AppQZ4410Imple engine;
+    LogCatcher log{&engine};
+    Bench() { EXPECT_TRUE(port.open(peer.slavePath(), 115200)); }
+};
+
+} // namespace
+
+TEST(BootDialogue, SyncHandsOverTheFirstByte) {
+    Bench b;
+    b.peer.write(bytes({0x33, 0x01, 0x02}));
+    int mode = -1;
+    EXPECT_TRUE(b.engine.syncBoard(b.port, &mode, 50));
+    EXPECT_EQ(mode, 51);
+    EXPECT_EQ(b.peer.read(20, 200), "cnys");
+
+    const auto start = Clock::now();
+    EXPECT_FALSE(b.engine.syncBoard(b.port, &mode, 2));
+    EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count(),
+              200);
+    EXPECT_EQ(b.log.errors(), QStringList({"SYNC: recv rsp timeout！"}));
+    EXPECT_EQ(AppQZ4410Imple::modeText(1), "UART MODE");
+    EXPECT_EQ(AppQZ4410Imple::modeText(2), "FLASH MODE");
+    EXPECT_EQ(AppQZ4410Imple::modeText(51), "INVALID MODE");
+}
+
+TEST(BootDialogue, ChangeBaudSendsTheCodeThenChecksAckAndSync) {
+    EXPECT_EQ(AppQZ4410Imple::baudCode(115200), 1);
+    EXPECT_EQ(AppQZ4410Imple::baudCode(380400), 4);
+    EXPECT_EQ(AppQZ4410Imple::baudCode(1561600), 10);
+    EXPECT_EQ(AppQZ4410Imple::baudCode(1400000), 11);
+    EXPECT_EQ(AppQZ4410Imple::baudCode(2000000), 15);
+    EXPECT_EQ(AppQZ4410Imple::baudCode(0), 0); // the hole matches nothing
+
+    {
+        Bench b;
+        std::thread board([&] {
+            EXPECT_EQ(b.peer.readExactly(1), bytes({0x0F}));
+            b.peer.write(bytes({0x03}));
+            EXPECT_EQ(b.peer.readExactly(4), "cnys");
+            b.peer.write(bytes({0x02}));
+        });
+        EXPECT_TRUE(b.engine.changeBaud(b.port, 2000000, 500));
+        board.join();
+        EXPECT_EQ(b.port.baudrate(), 2000000);
+        EXPECT_TRUE(b.log.texts().isEmpty());
+    }
+    for (uint32_t unknown : {384000u, 230400u}) {
+        Bench b;
+        EXPECT_FALSE(b.engine.changeBaud(b.port, unknown, 500));
+        EXPECT_EQ(b.log.errors(),
+                  QStringList({QString("CHG_BAUD: not supported baudrate: %1").arg(unknown)}));
+        EXPECT_EQ(b.peer.read(20, 100), ""); // nothing went out
+    }
+    {
+        Bench b; // a wrong acknowledgement puts the old rate back
+        std::thread board([&] {
+            b.peer.readExactly(1);
+            b.peer.write(bytes({0x05}));
+        });
+        EXPECT_FALSE(b.engine.changeBaud(b.port, 921600, 500));
+        board.join();
+        EXPECT_EQ(b.port.baudrate(), 115200);
+        EXPECT_EQ(b.log.errors(), QStringList({"CHG_BAUD: recv wrong data: 0x03 => 0x05"}));
+    }
+    {
+        Bench b; // the ROM still in UART mode after the change
+        std::thread board([&] {
+            EXPECT_EQ(b.peer.readExactly(1), bytes({0x01}));
+            b.peer.write(bytes({0x03}));
+            b.peer.readExactly(4);
+            b.peer.write(bytes({0x01}));
+        });
+        EXPECT_FALSE(b.engine.changeBaud(b.port, 115200, 500));
+        board.join();
+        EXPECT_EQ(b.log.errors(), QStringList({"CHG_BAUD: invalid sync ack: 0x02 => 0x01"}));
+    }
+    {
+        Bench b; // silence: the old rate comes back
+        EXPECT_FALSE(b.engine.changeBaud(b.port, 460800, 50));
+        EXPECT_EQ(b.port.baudrate(), 115200);
+        EXPECT_EQ(b.log.errors(), QStringList({"CHG_BAUD: recv rsp timeout!"}));
+    }
+}
+
+TEST(BootDialogue, ResyncWritesZerosUntilTheBoardIsBackInStep) {
+    Bench b;
+    b.engine.setLogProgress(true);
+    const ByteBuffer data = pattern(3000);
+    const std::string header = le32(1) + le32(0x20000) + le32(3000);
+    std::string blocks;
+    std::thread board([&] {
+        EXPECT_EQ(b.peer.readExactly(12), header);
+        b.peer.write(bytes({0xFF}));
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(b.peer.readExactly(1), bytes({0x00}));
+        b.peer.write(bytes({0xFF})); // back in step on the third zero
+        EXPECT_EQ(b.peer.readExactly(12), header);
+        b.peer.write(bytes({0x00}));
+        for (int len : {1024, 1024, 952}) {
+            blocks += b.peer.readExactly(size_t(len));
+            b.peer.write(bytes({0x00}));
+        }
+    });
+    EXPECT_TRUE(b.engine.downloadTrunk(b.port, 1, 0x20000, data));
+    board.join();
+    EXPECT_EQ(blocks, text(data, 0, 3000));
+    EXPECT_EQ(b.peer.read(20, 100), ""); // nothing more than that
+    EXPECT_EQ(b.log.infos(), QStringList({"DL_TRUNK: the file will be slice to 3 blocks...",
+                                          "DL_TRUNK: trunk downloaded 33.33%",
+                                          "DL_TRUNK: trunk downloaded 66.67%",
+                                          "DL_TRUNK: trunk downloaded 100.00%"}));
+    EXPECT_TRUE(b.log.errors().isEmpty());
+}
+
+TEST(BootDialogue, SilentResyncSendsTwelveZerosThenTheHeaderAgain) {
+    Bench b;
+    const ByteBuffer data = pattern(10);
+    const std::string header = le32(3) + le32(0x100) + le32(10);
+    long tookMs = 0;
+    std::thread board([&] {
+        EXPECT_EQ(b.peer.readExactly(12), header);
+        b.peer.write(bytes({0xFF}));
+        const auto start = Clock::now();
+        EXPECT_EQ(b.peer.readExactly(24, 5000), std::string(12, '\0') + header);
+        tookMs = long(
+            std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
+        b.peer.write(bytes({0x07})); // the second header is refused
+    });
+    EXPECT_FALSE(b.engine.downloadTrunk(b.port, 3, 0x100, data));
+    board.join();
+    EXPECT_GE(tookMs, 12 * 200 - 250);
+    EXPECT_LT(tookMs, 12 * 200 + 1500);
+    EXPECT_EQ(b.log.errors(),
+              QStringList({"DL_TRUNK: the resp notice: board has crashed, sign: 0x7"}));
+}
+
+TEST(BootDialogue, EveryRefusalEndsTheTransferWithItsLine) {
+    const ByteBuffer data = pattern(1500);
+    {
+        Bench b;
+        b.peer.write(bytes({0x09}));
+        EXPECT_FALSE(b.engine.downloadTrunk(b.port, 1, 0, data));
+        EXPECT_EQ(b.log.errors(), QStringList({"DL_TRUNK: the resp notice: invalid response!"}));
+    }
+    {
+        Bench b;
+        std::thread board([&] {
+            b.peer.readExactly(12);
+            b.peer.write(bytes({0x00}));
+            b.peer.readExactly(1024);
+            b.peer.write(bytes({0x00}));
+            b.peer.readExactly(476);
+            b.peer.write(bytes({0x01}));
+        });
+        EXPECT_FALSE(b.engine.downloadTrunk(b.port, 1, 0, data));
+        board.join();
+        EXPECT_EQ(b.log.errors(),
+                  QStringList({"DL_TRUNK: resp notice: board has crashed, cur block: 1!"}));
+    }
+    {
+        Bench b;
+        std::thread board([&] {
+            b.peer.readExactly(12);
+            b.peer.write(bytes({0x00}));
+        });
+        EXPECT_FALSE(b.engine.downloadTrunk(b.port, 1, 0, data));
+        board.join();
+        EXPECT_EQ(b.log.errors(), QStringList({"DL_TRUNK: recv resp of file block 0 timeout!"}));
+    }
+    {
+        Bench b;
+        EXPECT_FALSE(b.engine.downloadTrunk(b.port, 1, 0, data));
+        EXPECT_EQ(b.log.errors(), QStringList({"DL_TRUNK: recv file header cmd's resp timeout!"}));
+    }
+    {
+        AppQZ4410Imple engine;
+        LogCatcher log(&engine);
+        ComPort closed;
+        EXPECT_FALSE(engine.downloadTrunk(closed, 1, 0, data));
+        EXPECT_FALSE(engine.sendFinish(closed));
+        int mode = 0;
+        EXPECT_FALSE(engine.syncBoard(closed, &mode, 0));
+        EXPECT_EQ(log.errors(), QStringList({"DL_TRUNK: write file header data failed!",
+                                             "SEND_FINISH: write cmd failed!",
+                                             "SYNC: write sync cmd failed!"}));
+    }
+}
+
+TEST(BootDialogue, StubDownloadAndFinish) {
+    QTemporaryDir dir;
+    {
+        Bench b;
+        std::thread board([&] {
+            EXPECT_EQ(b.peer.readExactly(12), le32(1) + le32(0x80000) + le32(5));
+            b.peer.write(bytes({0x00}));
+            EXPECT_EQ(b.peer.readExactly(5), "stub!");
+            b.peer.write(bytes({0x00}));
+            EXPECT_EQ(b.peer.readExactly(4), "cnys");
+            b.peer.write(bytes({0x01})); // still the ROM: the stub did not come up
+        });
+        ByteBuffer stub(std::string("stub!"));
+        EXPECT_FALSE(b.engine.downloadUbootData(b.port, stub, 0x80000, true));
+        board.join();
+        EXPECT_EQ(b.log.errors(), QStringList({"DL_UBOOT: UBOOT has not startup ok!"}));
+
+        EXPECT_TRUE(b.engine.sendFinish(b.port));
+        EXPECT_EQ(b.peer.read(20, 200), std::string(12, '\0'));
+    }
+    {
+        Bench b;
+        const QString missing = dir.filePath("no-stub.bin");
+        EXPECT_FALSE(b.engine.downloadUboot(b.port, missing, 0, false));
+        EXPECT_EQ(b.log.errors(),
+                  QStringList({"RD_FILE: can not open file: " + missing,
+                               "DL_UBOOT: read all file data failed!"}));
+        EXPECT_EQ(b.peer.read(20, 100), "");
+    }
+}

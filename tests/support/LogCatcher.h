@@ -1,0 +1,33 @@
+#pragma once
+
+#include "shell/SysLogLevel.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <mutex>
+#include <vector>
+
+class AppImpleBase;
+
+// Collects the lines an engine logs, on whatever thread it logs them.
+class LogCatcher {
+public:
+    explicit LogCatcher(AppImpleBase* engine);
+
+    struct Line {
+        SYS_LOG_LEVEL level;
+        QString text;
+    };
+    std::vector<Line> lines() const;
+    QStringList texts() const;
+    QStringList errors() const;
+    QStringList infos() const;
+    // The texts that start with prefix.
+    QStringList starting(const QString& prefix) const;
+    void clear();
+
+private:
+    mutable std::mutex mutex_;
+    std::vector<Line> lines_;
+};
