@@ -1,6 +1,7 @@
 #pragma once
 
 #include "shell/SysLogLevel.h"
+#include "support/QtPrinters.h"
 
 #include <QString>
 #include <QStringList>
