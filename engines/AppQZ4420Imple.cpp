@@ -34,6 +34,12 @@ constexpr uint32_t kReadWaitMs = 3000;
 constexpr uint32_t kEraseWaitMs = 10000;
 // One read of a reply may itself wait this long; the reply's own limit is looked at between.
 constexpr int kReplyReadMs = 3000;
+// Text command channel.
+constexpr int kCommandWaitMs = 500;
+constexpr int kResetDrainMs = 60;
+constexpr int kAfterStateDrainMs = 200;
+constexpr int kRebootWaitMs = 1000;
+constexpr int kRebootSettleMs = 50;
 // The count byte of an all-in-one image holds the stub and every entry.
 constexpr int kAioMaxRecords = 255;
 
@@ -416,4 +422,159 @@ bool AppQZ4420Imple::parseAio(const QString& path, SysByteArray& stub, QVector<A
         return false;
     }
     return true;
+}
+
+bool AppQZ4420Imple::sendCmd(ComPort& port, const QString& cmd, const QString& expect,
+                             int timeoutMs) {
+    ByteBuffer scratch;
+    return sendCmdRsp(port, cmd, expect, scratch, timeoutMs);
+}
+
+bool AppQZ4420Imple::sendCmdRsp(ComPort& port, const QString& cmd, const QString& expect,
+                                ByteBuffer& rsp, int timeoutMs) {
+    return port.sendAndWait(cmd.toStdString(), expect.toStdString(), rsp, timeoutMs, false);
+}
+
+QStringList AppQZ4420Imple::commaItems(ByteBuffer rsp) {
+    rsp.fill(0, 1);
+    return QString::fromStdString(rsp.text()).split(',', Qt::KeepEmptyParts);
+}
+
+bool AppQZ4420Imple::openComPort(ComPort& port, int portNo, int baud, bool closeEcho) {
+    if (!port.open(portNo, baud)) {
+        logError("OPEN_COM_PORT: open port failed: %d", portNo);
+        return false;
+    }
+    if (closeEcho && !setEcho(port, false, 0)) {
+        port.close();
+        logError("OPEN_COM_PORT: close echo failed!");
+        return false;
+    }
+    return true;
+}
+
+bool AppQZ4420Imple::openComPortInState(ComPort& port, int portNo, int baud, int state) {
+    if (!port.open(portNo, baud)) {
+        logError("OPEN_COM_PORT: open port failed: %d", portNo);
+        return false;
+    }
+    if (!switchToState(port, state)) {
+        port.close();
+        logError("OPEN_COM_PORT: make sure state failed!");
+        return false;
+    }
+    return true;
+}
+
+bool AppQZ4420Imple::switchVersion(ComPort& port, int state) {
+    hardwareRestart(port, kResetDrainMs);
+    if (!sendCmd(port, QStringLiteral("amt_start %1").arg(state), QStringLiteral("OK"),
+                 kCommandWaitMs))
+        return false;
+    port.drainFor(kAfterStateDrainMs);
+    return true;
+}
+
+bool AppQZ4420Imple::switchToState(ComPort& port, int state) {
+    if (!switchVersion(port, state)) {
+        logError("MAKE_SURE_STATE: can not switch to soft state: %d", state);
+        return false;
+    }
+    return true;
+}
+
+bool AppQZ4420Imple::makeSureState(ComPort& port, int state) {
+    int current = 0;
+    if (!getVersionState(port, current)) {
+        logError("MAKE_SURE_STATE: get cur state failed!");
+        return false;
+    }
+    if (current == state)
+        return true;
+    if (!switchVersion(port, state)) {
+        logError("MAKE_SURE_STATE: can not switch to soft state: %d", state);
+        return false;
+    }
+    if (!setEcho(port, false, 0)) {
+        logError("MAKE_SURE_STATE: close echo failed!");
+        return false;
+    }
+    return true;
+}
+
+bool AppQZ4420Imple::getVersionState(ComPort& port, int& state) {
+    ByteBuffer rsp;
+    if (!sendCmdRsp(port, QStringLiteral("get_version_type"), QStringLiteral("OK"), rsp,
+                    kCommandWaitMs))
+        return false;
+    const QStringList items = commaItems(rsp);
+    if (items.size() < 2) {
+        logError("GET_CUR_STATE: rsp can not slice to 2 items!");
+        return false;
+    }
+    state = items[0].toInt(nullptr, 10);
+    return true;
+}
+
+bool AppQZ4420Imple::isVersionState(ComPort& port, int state) {
+    int current = 0;
+    return getVersionState(port, current) && current == state;
+}
+
+bool AppQZ4420Imple::versionStateKnown(ComPort& port) {
+    int current = 0;
+    return getVersionState(port, current);
+}
+
+bool AppQZ4420Imple::setEcho(ComPort& port, bool on, int totalMs) {
+    const Deadline deadline(uint32_t(std::max(totalMs, 0)));
+    const QString cmd = QStringLiteral("echoclose %1").arg(on ? 1 : 0);
+    for (;;) {
+        if (sendCmd(port, cmd, QStringLiteral("OK"), kCommandWaitMs))
+            return true;
+        if (deadline.expired())
+            return false;
+    }
+}
+
+bool AppQZ4420Imple::hardwareRestart(ComPort& port, int drainMs) {
+    port.setDtr(false);
+    port.setRts(true);
+    sleepMs(1);
+    port.setRts(false);
+    if (drainMs > 0)
+        port.drainFor(drainMs);
+    return true;
+}
+
+bool AppQZ4420Imple::softwareRestart(ComPort& port, bool ping) {
+    if (!port.writeLine("reboot", false)) {
+        logError("RESTART: reboot cmd send failed!");
+        return false;
+    }
+    ByteBuffer scratch;
+    port.timedRead(scratch, kRebootWaitMs, kRebootSettleMs);
+    if (ping && !pingAtState(port, 100, 1000)) {
+        logError("RESTART: ping AT state failed!");
+        return false;
+    }
+    return true;
+}
+
+bool AppQZ4420Imple::pingAtState(ComPort& port, int pauseMs, int totalMs) {
+    const Deadline deadline(uint32_t(std::max(totalMs, 0)));
+    const bool wasEnabled = logEnabled;
+    setLogEnabled(false);
+    for (;;) {
+        if (deadline.expired()) {
+            setLogEnabled(wasEnabled);
+            return false;
+        }
+        int state = 0;
+        if (getVersionState(port, state)) {
+            setLogEnabled(wasEnabled);
+            return true;
+        }
+        sleepMs(pauseMs);
+    }
 }

@@ -6,6 +6,7 @@
 #include "engines/SysByteArray.h"
 
 #include <QByteArray>
+#include <QStringList>
 #include <QVector>
 
 #include <cstdint>
@@ -59,6 +60,27 @@ public:
                    const QString& outPath, uint32_t stubAddr);
     bool parseAio(const QString& path, SysByteArray& stub, QVector<AioEntry>& entries,
                   uint32_t& stubAddr);
+
+    // Text command channel of running firmware: one line out with a CR, the reply read until
+    // `expect` stands anywhere in it or the limit is over. Nothing is logged at this level.
+    bool sendCmd(ComPort& port, const QString& cmd, const QString& expect, int timeoutMs);
+    bool sendCmdRsp(ComPort& port, const QString& cmd, const QString& expect, ByteBuffer& rsp,
+                    int timeoutMs);
+    bool openComPort(ComPort& port, int portNo, int baud, bool closeEcho);
+    bool openComPortInState(ComPort& port, int portNo, int baud, int state);
+    bool switchVersion(ComPort& port, int state);
+    bool switchToState(ComPort& port, int state);
+    bool makeSureState(ComPort& port, int state);
+    bool getVersionState(ComPort& port, int& state);
+    bool isVersionState(ComPort& port, int state);
+    bool versionStateKnown(ComPort& port);
+    bool setEcho(ComPort& port, bool on, int totalMs);
+    bool hardwareRestart(ComPort& port, int drainMs);
+    bool softwareRestart(ComPort& port, bool ping);
+    bool pingAtState(ComPort& port, int pauseMs, int totalMs);
+
+    // The reply as text up to its first zero byte, split at commas with empty parts kept.
+    static QStringList commaItems(ByteBuffer rsp);
 
 private:
     int blockSize = 1024;
