@@ -4,6 +4,10 @@
 #include "base/ComPort.h"
 
 #include <QFile>
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <cstdlib>
 
 namespace {
 
@@ -17,8 +21,8 @@ constexpr int kResyncWaitMs = 200;
 constexpr uint32_t kStubType = 1;
 
 // The ROM's rate list; a rate's code is its place, from 1. Place 3 is a hole.
-constexpr uint32_t kBaudCodes[] = {115200, 57600,   0,       380400,  460800,
-                                   576000, 691200,  806400,  921600,  1561600,
+constexpr uint32_t kBaudCodes[] = {115200,  57600,   0,       380400,  460800,
+                                   576000,  691200,  806400,  921600,  1561600,
                                    1400000, 1660000, 1760000, 1840000, 2000000};
 
 ByteBuffer rawHeader(uint32_t type, uint32_t address, uint32_t length) {
@@ -281,5 +285,392 @@ bool AppQZ4410Imple::parseAio(const QString& path, QList<AioItem>& items) {
         logError("PARSE_AIO: can not parse any file in all-in-one file!");
         return false;
     }
+    return true;
+}
+
+namespace {
+
+constexpr int kTextReplyMs = 500;
+constexpr int kSignSettleMs = 100;
+constexpr int kNvWriteMs = 3000;
+constexpr int kLongCommandMs = 2000;
+constexpr int kAfterRfSetMs = 50;
+constexpr int kMacLength = 17;
+constexpr int kTxPowerLength = 8;
+const char* const kNoSign = "0000000000";
+const char* const kRecCount = "reccount";
+
+std::string textFrom(const ByteBuffer& rsp, int pos, int len) {
+    std::string out;
+    rsp.slice(pos, len, out);
+    return out;
+}
+
+QString flagText(bool flag) {
+    return flag ? QStringLiteral("1") : QStringLiteral("0");
+}
+
+} // namespace
+
+int AppQZ4410Imple::firmwareMode(int mode) {
+    switch (mode) {
+    case 0:
+        return 1;
+    case 1:
+        return 0;
+    case 2:
+        return 3;
+    default:
+        return -1;
+    }
+}
+
+QString AppQZ4410Imple::modeKeyText(int mode) {
+    switch (mode) {
+    case 0:
+        return QStringLiteral("11B");
+    case 1:
+        return QStringLiteral("NONHT");
+    case 2:
+        return QStringLiteral("HT");
+    default:
+        return QString();
+    }
+}
+
+int AppQZ4410Imple::modeLimit(int mode, int bandwidth) {
+    if (mode == 0 || mode == 1)
+        return 7;
+    if (mode == 2 && bandwidth == 0)
+        return 7;
+    if (mode == 2 && bandwidth == 1)
+        return 15;
+    return -1;
+}
+
+bool AppQZ4410Imple::sendConfirmed(ComPort& port, const QString& cmd, const QString& expect,
+                                   int timeoutMs) {
+    ByteBuffer scratch;
+    if (!port.sendAndWait(cmd.toStdString(), expect.toStdString(), scratch, timeoutMs, false)) {
+        logError("SND_AT_CFM: send cmd and wait rsp failed: cmd: %s, rspMatch: %s",
+                 cmd.toStdString().c_str(), expect.toStdString().c_str());
+        return false;
+    }
+    return true;
+}
+
+bool AppQZ4410Imple::drainTimed(ComPort& port, int waitMs, int settleMs) {
+    ByteBuffer scratch;
+    return port.timedRead(scratch, waitMs, settleMs);
+}
+
+bool AppQZ4410Imple::measureSignal(ComPort& port, int count, float& sigRate, float& dutRate,
+                                   float& rssi, float& dutRssi, int waitMs) {
+    if (!port.writeLine(QStringLiteral("sigdsend %1").arg(count).toStdString(), false)) {
+        logError("SIG_MEAS: send req failed!");
+        return false;
+    }
+    // The board counts for a while before it reports; the read starts only after that.
+    sleepMs(waitMs);
+    ByteBuffer rsp;
+    if (!port.timedRead(rsp, kTextReplyMs, 0)) {
+        logError("SIG_MEAS: recv rsp timeout!");
+        return false;
+    }
+    const int at = rsp.find("DUTR", 0, false);
+    if (at < 0) {
+        logError("SIG_MEAS: can not find DUTR word!");
+        return false;
+    }
+    // From the word on the report must be this and nothing more, line end included.
+    static const QRegularExpression report(QRegularExpression::anchoredPattern(
+        QStringLiteral("DUTR:([0-9]+),SIGR:([0-9]+),RSSI:([0-9]+),DUT_RSSI:([0-9]+),")));
+    const std::string tail = textFrom(rsp, at, rsp.size() - at);
+    const QRegularExpressionMatch m = report.match(QString::fromStdString(tail));
+    if (!m.hasMatch()) {
+        logError("SIG_MEAS: recv data error: %s!", tail.c_str());
+        return false;
+    }
+    const double dutr = m.captured(1).toDouble();
+    const double sigr = m.captured(2).toDouble();
+    dutRate = float(dutr / 250.0 * 100.0);
+    sigRate = float(sigr / 250.0 * 100.0);
+    rssi = float(m.captured(3).toDouble() - 255.0);
+    dutRssi = float(m.captured(4).toDouble() - 255.0);
+    return true;
+}
+
+bool AppQZ4410Imple::readMac(ComPort& port, const char* cmd, const char* tag, QString& mac) {
+    if (!port.writeLine(cmd, false)) {
+        logError("%s:  write at cmd failed!", tag);
+        return false;
+    }
+    ByteBuffer rsp;
+    if (!port.timedRead(rsp, kTextReplyMs, kSignSettleMs)) {
+        logError("%s: recv rsp timeout!", tag);
+        return false;
+    }
+    const std::string word = "OTP MAC:";
+    const int at = rsp.find(word, 0, false);
+    if (at < 0) {
+        logError("%s: match mac failed！!", tag);
+        return false;
+    }
+    const int from = at + int(word.size());
+    if (from + kMacLength >= rsp.size()) {
+        logError("%s: rsp length is small than wanna!", tag);
+        return false;
+    }
+    mac = QString::fromStdString(textFrom(rsp, from, kMacLength));
+    return true;
+}
+
+bool AppQZ4410Imple::getMacOtp(ComPort& port, QString& mac) {
+    return readMac(port, "get_mac 1", "GET_MAC_OTP", mac);
+}
+
+bool AppQZ4410Imple::getMacAmt(ComPort& port, QString& mac) {
+    return readMac(port, "get_mac 0", "GET_MAC_AMT", mac);
+}
+
+bool AppQZ4410Imple::setTestSign(ComPort& port, const QString& sign) {
+    if (!port.writeLine(QStringLiteral("nvsamt TEST_SIGN %1").arg(sign).toStdString(), false)) {
+        logError("SET_TEST_SIGN:  write at cmd failed!");
+        return false;
+    }
+    ByteBuffer rsp;
+    if (!port.timedRead(rsp, kTextReplyMs, kSignSettleMs)) {
+        logError("SET_TEST_SIGN: recv rsp timeout!");
+        return false;
+    }
+    return rsp.find("SUCCESS", 0, false) >= 0;
+}
+
+bool AppQZ4410Imple::getTestSign(ComPort& port, QString& sign) {
+    if (!port.writeLine("nvgamt TEST_SIGN", false)) {
+        logError("GET_TEST_SIGN:  write at cmd failed!");
+        return false;
+    }
+    ByteBuffer rsp;
+    if (!port.timedRead(rsp, kTextReplyMs, kSignSettleMs)) {
+        logError("GET_TEST_SIGN: recv rsp timeout!");
+        return false;
+    }
+    // The firmware answers "ERROR" for a board that was never signed.
+    if (rsp.find("ERROR", 0, false) >= 0) {
+        sign = QString::fromLatin1(kNoSign);
+        return true;
+    }
+    const std::string open = "value:[";
+    const int at = rsp.find(open, 0, false);
+    const int close = at < 0 ? -1 : rsp.find("]", at, false);
+    if (close < 0) {
+        logError("GET_TEST_SIGN: match value failed!");
+        return false;
+    }
+    const int from = at + int(open.size());
+    sign = QString::fromStdString(textFrom(rsp, from, close - from)).trimmed();
+    return true;
+}
+
+bool AppQZ4410Imple::getStationSign(ComPort& port, int index, int& state) {
+    QString sign;
+    if (!getTestSign(port, sign)) {
+        logError("GET_ST_SIGN:  get test sign failed");
+        return false;
+    }
+    if (index < 0 || index >= sign.size()) {
+        logError("GET_ST_SIGN: invalid station index: %d", index);
+        return false;
+    }
+    const int mark = sign.at(index).unicode() - '0';
+    state = mark >= 0 && mark <= 2 ? mark : 3;
+    return true;
+}
+
+bool AppQZ4410Imple::setStationSign(ComPort& port, int index, int state) {
+    QString sign;
+    if (!getTestSign(port, sign)) {
+        logError("SET_ST_SIGN:  get test sign failed");
+        return false;
+    }
+    if (state < 0 || state > 2) {
+        logError("SET_ST_SIGN: invalid test sign: %c", state);
+        return false;
+    }
+    if (index < 0 || index >= sign.size()) {
+        logError("SET_ST_SIGN: invalid station index: %d", index);
+        return false;
+    }
+    sign[index] = QLatin1Char(char('0' + state));
+    return setTestSign(port, sign);
+}
+
+bool AppQZ4410Imple::writeAmtKey(ComPort& port, const QString& key, const QString& value) {
+    ByteBuffer scratch;
+    if (!port.sendAndWait(QStringLiteral("nvsamt %1 %2").arg(key, value).toStdString(), "OK",
+                          scratch, kNvWriteMs, false)) {
+        logError("WR_AMT_KEY: send cmd failed!");
+        return false;
+    }
+    return true;
+}
+
+bool AppQZ4410Imple::writeAmtNvKey(ComPort& port, const QString& key, const QString& value) {
+    ByteBuffer scratch;
+    if (!port.sendAndWait(QStringLiteral("amt_nv_set %1 %2").arg(key, value).toStdString(),
+                          "SUCCESS", scratch, kNvWriteMs, false)) {
+        logError("WR_AMT_NV_KEY: send cmd failed!");
+        return false;
+    }
+    return true;
+}
+
+bool AppQZ4410Imple::restartSystem(ComPort& port) {
+    return sendConfirmed(port, QStringLiteral("resystem"), QStringLiteral("success"), kNvWriteMs);
+}
+
+bool AppQZ4410Imple::calibrateFreqOffset(ComPort& port, int mode, int fourth, int first,
+                                         int bandwidth, int sixth, QString& value) {
+    const QString cmd = QStringLiteral("amt_phy_tx_freqoffset_test %1 %2 %3 %4 %5 1 %6")
+                            .arg(first)
+                            .arg(bandwidth)
+                            .arg(firmwareMode(mode))
+                            .arg(fourth)
+                            .arg(modeLimit(mode, bandwidth))
+                            .arg(sixth);
+    const std::string word = "freqoffset:";
+    ByteBuffer rsp;
+    if (!port.sendAndWait(cmd.toStdString(), word, rsp, kTextReplyMs, false)) {
+        logError("SET_FREQ_CALV: send cmd failed!");
+        return false;
+    }
+    // The value stands between the word and the "OK" behind it; the wait ended at the word,
+    // so the "OK" is there only when the same read brought it.
+    const int at = rsp.find(word, 0, false);
+    const int from = at + int(word.size());
+    const int ok = rsp.find("OK", at < 0 ? 0 : from, false);
+    if (ok < 0) {
+        logError("SET_FREQ_CALV: can not find OK sign!");
+        return false;
+    }
+    if (at < 0) {
+        logError("SET_FREQ_CALV: can not find [freqoffset:] sign!");
+        return false;
+    }
+    value = QString::fromStdString(textFrom(rsp, from, ok - from));
+    return true;
+}
+
+bool AppQZ4410Imple::saveFreqOffset(ComPort& port, const QString& value) {
+    return writeAmtKey(port, QStringLiteral("FREQOFFSET"), value);
+}
+
+bool AppQZ4410Imple::saveFreqOffsetFlag(ComPort& port, bool flag) {
+    return writeAmtNvKey(port, QStringLiteral("FREQOFFSET_FLAG"), flagText(flag));
+}
+
+bool AppQZ4410Imple::calibrateTxPower(ComPort& port, int mode, int first, QString& value) {
+    const QString cmd = QStringLiteral("amt_txpower_cal %1 %2").arg(first).arg(firmwareMode(mode));
+    const std::string word = "txpower:";
+    ByteBuffer rsp;
+    if (!port.sendAndWait(cmd.toStdString(), word, rsp, kLongCommandMs, false)) {
+        logError("SET_POWER_CALV: send cmd failed!");
+        return false;
+    }
+    if (rsp.find("OK", 0, false) < 0) {
+        logError("SET_POWER_CALV: can not find OK sign!");
+        return false;
+    }
+    const int at = rsp.find(word, 0, false);
+    if (at < 0) {
+        logError("SET_POWER_CALV: can not find [%s] sign!", word.c_str());
+        return false;
+    }
+    // A fixed-width field behind the word; a reply that ends sooner gives what there is.
+    const int from = at + int(word.size());
+    const int len = std::min(kTxPowerLength, rsp.size() - from);
+    const QString field = QString::fromStdString(textFrom(rsp, from, len)).trimmed();
+    if (field.isEmpty()) {
+        logError("获取到寄存器的值为空!");
+        return false;
+    }
+    value = field;
+    return true;
+}
+
+bool AppQZ4410Imple::saveTxPower(ComPort& port, int mode, int channel, const QString& value) {
+    const QString key =
+        QStringLiteral("TXPOWER_%1CH%2").arg(modeKeyText(mode), QString::number(channel));
+    return writeAmtKey(port, key, value);
+}
+
+bool AppQZ4410Imple::saveTxPowerFlag(ComPort& port, bool flag) {
+    return writeAmtNvKey(port, QStringLiteral("TXPOWER_FLAG"), flagText(flag));
+}
+
+bool AppQZ4410Imple::saveCalibrationFlag(ComPort& port, bool flag) {
+    return writeAmtNvKey(port, QStringLiteral("CALIBRATION"), flagText(flag));
+}
+
+bool AppQZ4410Imple::setRfBandwidth(ComPort& port, int bandwidth) {
+    if (!sendConfirmed(port, QStringLiteral("rf bw_set %1").arg(bandwidth), QStringLiteral("OK"),
+                       kTextReplyMs))
+        return false;
+    // Gives the radio time to settle before the next command.
+    sleepMs(kAfterRfSetMs);
+    return true;
+}
+
+bool AppQZ4410Imple::startPhyTx(ComPort& port, int mode, int fourth, int first, int bandwidth,
+                                int fifth) {
+    if (!setRfBandwidth(port, bandwidth))
+        return false;
+    const QString cmd = QStringLiteral("amt_phy_tx_test %1 %2 %3 %4 %5 %6")
+                            .arg(first)
+                            .arg(bandwidth)
+                            .arg(firmwareMode(mode))
+                            .arg(fourth)
+                            .arg(fifth)
+                            .arg(1);
+    return sendConfirmed(port, cmd, QStringLiteral("OK"), kTextReplyMs);
+}
+
+bool AppQZ4410Imple::startPhyTxAuto(ComPort& port, int mode, int fourth, int first, int bandwidth) {
+    return startPhyTx(port, mode, fourth, first, bandwidth, modeLimit(mode, bandwidth));
+}
+
+bool AppQZ4410Imple::startPhyTxFixed(ComPort& port) {
+    if (!sendConfirmed(port, QStringLiteral("amt_phy_tx_test 1 0 1 1 1 0"), QStringLiteral("OK"),
+                       kTextReplyMs))
+        return false;
+    sleepMs(kAfterRfSetMs);
+    return true;
+}
+
+bool AppQZ4410Imple::startPhyRx(ComPort& port, int first, int bandwidth) {
+    if (!setRfBandwidth(port, bandwidth))
+        return false;
+    return sendConfirmed(port, QStringLiteral("amt_phy_rx_test %1 1").arg(first),
+                         QString::fromLatin1(kRecCount), kTextReplyMs);
+}
+
+bool AppQZ4410Imple::stopPhyRx(ComPort& port, int first, int& count) {
+    const std::string word = kRecCount;
+    ByteBuffer rsp;
+    if (!port.sendAndWait(QStringLiteral("amt_phy_rx_test %1 0").arg(first).toStdString(), word,
+                          rsp, kLongCommandMs, false)) {
+        logError("STOP_RX: can not find [%s]!", kRecCount);
+        return false;
+    }
+    // The count stands between the word and "end"; both came with the read that ended the wait.
+    const int at = rsp.find(word, 0, false);
+    const int from = at + int(word.size());
+    const int end = at < 0 ? -1 : rsp.find("end", from, false);
+    if (end < 0) {
+        logError("STOP_RX: can not find %s or end sign!", kRecCount);
+        return false;
+    }
+    count = std::atoi(textFrom(rsp, from, end - from).c_str());
     return true;
 }
