@@ -1,0 +1,211 @@
+#include "pages/DownloadRun.h"
+
+#include "base/Deadline.h"
+#include "engines/AppQZ4410Imple.h"
+#include "pages/DownloadSession.h"
+#include "shell/MainWindow.h"
+
+#include <thread>
+
+namespace {
+
+constexpr int kSyncPollMs = 2;
+constexpr int kSyncWindowMs = 1000;
+constexpr uint8_t kSyncRomRaw = 1;
+constexpr uint8_t kSyncFrames = 51;
+
+QString text(const char* key) {
+    return MainWindow::text(QString::fromLatin1(key));
+}
+
+template <typename... Args> QString fill(const char* key, Args... args) {
+    return QString::asprintf(text(key).toStdString().c_str(), args...);
+}
+
+} // namespace
+
+DownloadRun::DownloadRun(std::shared_ptr<DownloadSession> session, DownloadSettings settings)
+    : session_(std::move(session)), settings_(std::move(settings)) {}
+
+void DownloadRun::start(std::shared_ptr<DownloadSession> session, DownloadSettings settings) {
+    std::thread([run = DownloadRun(std::move(session), std::move(settings))]() mutable {
+        run.run();
+    }).detach();
+}
+
+void DownloadRun::logError(const QString& line) {
+    session_->log(SYS_LOG_ERROR, line);
+}
+
+void DownloadRun::logInfo(const QString& line) {
+    session_->log(SYS_LOG_INFO, line);
+}
+
+DownloadSettings::Log DownloadRun::logger() {
+    return [this](SYS_LOG_LEVEL level, const QString& line) { session_->log(level, line); };
+}
+
+void DownloadRun::run() {
+    session_->sendMsg(0, settings_.runMode);
+    bool ok = prepare();
+    if (ok) {
+        ok = runFlow();
+        finish();
+    }
+    if (ok)
+        logInfo(text("download/dlTab/download/success"));
+    else
+        logError(text("download/dlTab/download/failed"));
+    session_->sendMsg(1, settings_.runMode);
+}
+
+bool DownloadRun::prepare() {
+    if (settings_.portNumber < 0) {
+        logError(text("download/dlTab/pleaseSelectPort"));
+        return false;
+    }
+    session_->engine.setBlockSize(settings_.bigBlock ? 4096 : 1024);
+    if (settings_.runMode == 0 && !settings_.validateList(logger()))
+        return false;
+    const int baud = settings_.bootBaud.toInt(nullptr, 10);
+    if (!session_->port.open(settings_.portNumber, baud)) {
+        logError(fill("download/dlTab/canOpenPortFmt", settings_.portNumber, baud));
+        return false;
+    }
+    return true;
+}
+
+bool DownloadRun::runFlow() {
+    if (settings_.runMode == 0)
+        return stubStage() && fileStage();
+    return aioStage();
+}
+
+void DownloadRun::finish() {
+    session_->port.close();
+}
+
+bool DownloadRun::syncStep(AppQZ4410Imple& boot) {
+    boot.setLogEnabled(false);
+    if (settings_.uartBoot)
+        session_->engine.hardwareRestart(session_->port, 0);
+    bool synced = false;
+    const Deadline deadline(kSyncWindowMs);
+    while (!deadline.expired()) {
+        int mode = 0;
+        if (!boot.syncBoard(session_->port, &mode, kSyncPollMs))
+            continue;
+        if (mode == kSyncRomRaw || mode == kSyncFrames) {
+            bootMode_ = mode == kSyncRomRaw ? 0 : 1;
+            synced = true;
+            break;
+        }
+    }
+    boot.setLogEnabled(true);
+    if (!synced)
+        logError(text("download/dlTab/syncFailed"));
+    return synced;
+}
+
+bool DownloadRun::stubStage() {
+    logInfo(text("download/dlTab/startDownloadStub"));
+    const QString path = settings_.stubPath;
+    AppQZ4410Imple boot;
+    boot.setLogProgress(true);
+    session_->hookEngine(&boot);
+    if (!syncStep(boot))
+        return false;
+    const uint32_t address = settings_.startupAddress();
+    logInfo(fill("download/dlTab/startDownloadFileExFmt", path.toStdString().c_str()));
+    const bool ok = bootMode_ == 0 ? boot.downloadUboot(session_->port, path, address, false)
+                                   : session_->engine.downloadFile(session_->port, path, address);
+    if (!ok)
+        logError(fill("download/dlTab/downloadStubFileFailedFmt", path.toStdString().c_str()));
+    return ok;
+}
+
+bool DownloadRun::fileStage() {
+    QVector<AioEntry> entries;
+    if (!settings_.collectEntries(entries, logger()))
+        return false;
+    if (entries.isEmpty())
+        return true; // the stub alone: no rate change, no software start
+    if (!switchBaud())
+        return false;
+    for (const AioEntry& entry : entries) {
+        const std::string path = entry.path.toStdString();
+        logInfo(fill("download/dlTab/startDownloadFileExFmt", path.c_str()));
+        DownloadItem item;
+        item.startAddr = entry.startAddr;
+        item.toRam = entry.toRam;
+        item.path = entry.path;
+        if (!session_->engine.downloadEntry(session_->port, item)) {
+            logError(fill("download/dlTab/downloadFileFailedFmt", path.c_str()));
+            return false;
+        }
+    }
+    return startStep();
+}
+
+bool DownloadRun::aioStage() {
+    const QString path = settings_.aioPath;
+    SysByteArray stub;
+    QVector<AioEntry> entries;
+    uint32_t stubAddr = 0;
+    if (!session_->engine.parseAio(path, stub, entries, stubAddr)) {
+        logError(fill("download/dlTab/parseAllInOneFileFailedFmt", path.toStdString().c_str()));
+        return false;
+    }
+    {
+        AppQZ4410Imple boot;
+        boot.setLogProgress(true);
+        session_->hookEngine(&boot);
+        if (!syncStep(boot))
+            return false;
+        const ByteBuffer stubBytes(stub.constData(), stub.size());
+        logInfo(fill("download/dlTab/startDownloadFileFmt", stubBytes.size()));
+        const bool ok = bootMode_ == 0
+                            ? boot.downloadUbootData(session_->port, stubBytes, stubAddr, false)
+                            : session_->engine.downloadData(session_->port, stub, stubAddr);
+        if (!ok) {
+            logError(fill("download/dlTab/downloadFileFailedFmt", path.toStdString().c_str()));
+            return false;
+        }
+    }
+    if (!switchBaud())
+        return false;
+    for (const AioEntry& entry : entries) {
+        const std::string target =
+            text(entry.toRam ? "download/dlTab/toRam/yes" : "download/dlTab/toRam/no")
+                .toStdString();
+        logInfo(fill("download/dlTab/startDownloadDataFmt", target.c_str(), entry.startAddr,
+                     entry.data.size()));
+        const SysByteArray data(
+            QByteArray(reinterpret_cast<const char*>(entry.data.data()), entry.data.size()));
+        if (!session_->engine.downloadTrunk(session_->port, data, entry.startAddr, entry.toRam,
+                                            3)) {
+            logError(text("download/dlTab/downloadFileFailed"));
+            return false;
+        }
+    }
+    return startStep();
+}
+
+bool DownloadRun::switchBaud() {
+    const int baud = settings_.dlBaud.toInt(nullptr, 10);
+    if (!session_->engine.changeBaud(session_->port, uint32_t(baud))) {
+        logError(fill("download/dlTab/switchBaudrateFailedFmt", baud));
+        return false;
+    }
+    return true;
+}
+
+bool DownloadRun::startStep() {
+    logInfo(text("download/dlTab/startupSoftVer"));
+    if (!session_->engine.startSoftware(session_->port, settings_.startupAddress())) {
+        logError(text("download/dlTab/softverStartCmdSendFailed"));
+        return false;
+    }
+    logInfo(text("download/dlTab/softverStartSuccess"));
+    return true;
+}

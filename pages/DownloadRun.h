@@ -1,0 +1,40 @@
+#pragma once
+
+#include "pages/DownloadSettings.h"
+
+#include <memory>
+
+class AppQZ4410Imple;
+class DownloadSession;
+
+// One download, from the sync to the software start, on a thread of its own. It works on a
+// copy of the page's values and on the session's port and engine, and tells the page only
+// through the session: message 0 first, message 1 last, lines in between.
+class DownloadRun {
+public:
+    DownloadRun(std::shared_ptr<DownloadSession> session, DownloadSettings settings);
+
+    // Runs the whole download on the calling thread.
+    void run();
+    // Starts run() on a detached thread that keeps the session alive.
+    static void start(std::shared_ptr<DownloadSession> session, DownloadSettings settings);
+
+private:
+    bool prepare();
+    bool runFlow();
+    void finish();
+    bool syncStep(AppQZ4410Imple& boot);
+    bool stubStage();
+    bool fileStage();
+    bool aioStage();
+    bool switchBaud();
+    bool startStep();
+
+    void logError(const QString& line);
+    void logInfo(const QString& line);
+    DownloadSettings::Log logger();
+
+    std::shared_ptr<DownloadSession> session_;
+    DownloadSettings settings_;
+    int bootMode_ = -1; // 0: the ROM answered 1, the stub goes in raw; 1: it answered 51
+};
