@@ -269,6 +269,25 @@ void BoardSim::setFirmwareHandler(FirmwareHandler handler) {
     firmware_ = std::move(handler);
 }
 
+void BoardSim::setRomLineHandler(RomLineHandler handler) {
+    Lock lock(mutex_);
+    romLineHandler_ = std::move(handler);
+}
+
+void BoardSim::setFirmwareStartHandler(FirmwareStartHandler handler) {
+    Lock lock(mutex_);
+    firmwareStart_ = std::move(handler);
+}
+
+void BoardSim::startFirmware() {
+    {
+        Lock lock(mutex_);
+        frameBuf_.clear(); // an unfinished frame to the stub goes nowhere now
+        enterFirmware();
+    }
+    wake();
+}
+
 void BoardSim::send(const QByteArray& bytes, int holdMs) {
     {
         Lock lock(mutex_);
@@ -477,7 +496,10 @@ int BoardSim::feedRom(const char* p, int n) {
             syncWindow_.remove(0, 1);
         if (syncWindow_ == kSyncWord) {
             syncWindow_.clear();
+            romLine_.clear();
             answerSync();
+        } else {
+            romLineByte(p[0]);
         }
         return 1;
     case RomState::Resync:
@@ -721,8 +743,8 @@ void BoardSim::handleFrame(const QByteArray& frame) {
     }
     frameReply(type, out, state, faults);
     if (type == kStartSoftware && state == 0) {
-        stage_ = Stage::Firmware;
         log(QStringLiteral("software started at %1").arg(hex(startedAt_)));
+        enterFirmware();
     }
 }
 
@@ -798,6 +820,28 @@ bool BoardSim::looksLikeHeader(int type, const QByteArray& payload) const {
 bool BoardSim::repeatsLastBlock(int type, const QByteArray& payload) const {
     return dl_.type == type && dl_.lastWritten && payload.size() > 1 && payload[0] == 1 &&
            payload.mid(1) == dl_.lastData;
+}
+
+void BoardSim::romLineByte(char c) {
+    // A line longer than any command is noise: it is given up.
+    constexpr int kLongestLine = 256;
+    if (c != '\r' && c != '\n') {
+        if (romLine_.size() <= kLongestLine)
+            romLine_ += c;
+        return;
+    }
+    const QByteArray line = romLine_;
+    romLine_.clear();
+    if (!line.isEmpty() && line.size() <= kLongestLine && romLineHandler_)
+        romLineHandler_(*this, line);
+}
+
+void BoardSim::enterFirmware() {
+    stage_ = Stage::Firmware;
+    romLine_.clear();
+    log(QStringLiteral("firmware running"));
+    if (firmwareStart_)
+        firmwareStart_(*this);
 }
 
 void BoardSim::toFirmware(const QByteArray& bytes) {
@@ -989,6 +1033,7 @@ void BoardSim::resetLocked() {
     rom_ = RomState::Sync;
     romBuf_.clear();
     syncWindow_.clear();
+    romLine_.clear();
     raw_ = RawTransfer();
     resyncZeros_ = -1;
     resyncCount_ = 0;

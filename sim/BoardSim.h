@@ -45,6 +45,12 @@ public:
     // Gets the bytes that reach the board in Firmware stage, on the board's thread. It may
     // answer with send() and use every other operation of the board.
     using FirmwareHandler = std::function<void(BoardSim& board, const QByteArray& bytes)>;
+    // Gets each text line that reaches the ROM while it waits for a sync word (the bytes before
+    // a CR or LF), on the board's thread. After a reset the firmware in flash listens on the
+    // line for a moment: a handler that takes the line for it calls startFirmware().
+    using RomLineHandler = std::function<void(BoardSim& board, const QByteArray& line)>;
+    // Told each time the firmware starts, on the thread that started it.
+    using FirmwareStartHandler = std::function<void(BoardSim& board)>;
     // Gets one line for each thing the board does, on the thread that did it.
     using EventLog = std::function<void(const QString& line)>;
 
@@ -108,6 +114,10 @@ public:
     void clearFaults();
 
     void setFirmwareHandler(FirmwareHandler handler);
+    void setRomLineHandler(RomLineHandler handler);
+    void setFirmwareStartHandler(FirmwareStartHandler handler);
+    // The ROM starts the firmware in flash: Firmware stage, as after a start-software request.
+    void startFirmware();
     // Sends bytes from the board after holdMs, behind any reply still going out.
     void send(const QByteArray& bytes, int holdMs = 0);
     void setEventLog(EventLog log);
@@ -172,6 +182,8 @@ private:
     bool looksLikeHeader(int type, const QByteArray& payload) const;
     bool repeatsLastBlock(int type, const QByteArray& payload) const;
     void toFirmware(const QByteArray& bytes);
+    void romLineByte(char c);
+    void enterFirmware();
 
     // Replies and output.
     std::vector<SimFault> takeFaults(SimFault::Target reply, int type);
@@ -214,6 +226,7 @@ private:
     RomState rom_ = RomState::Sync;
     QByteArray romBuf_;
     QByteArray syncWindow_;
+    QByteArray romLine_;
     RawTransfer raw_;
     int resyncZeros_ = -1;
     int resyncCount_ = 0;
@@ -225,6 +238,8 @@ private:
     uint32_t startedAt_ = 0;
     std::deque<SimFault> faults_;
     FirmwareHandler firmware_;
+    RomLineHandler romLineHandler_;
+    FirmwareStartHandler firmwareStart_;
     EventLog eventLog_;
 
     // The record.

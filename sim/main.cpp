@@ -4,10 +4,12 @@
 //               [--no-reset-on-open] [--quiet]
 //
 // Publishes the port under its name in the virtual port folder, where Bramble's port boxes
-// list it, and runs until SIGINT or SIGTERM. Lines on standard input: "reset" pulses the
-// board's reset line, "status" tells its stage and rate, "quit" ends.
+// list it, and runs until SIGINT or SIGTERM. The board's firmware answers the text commands
+// once the stub has started it, or after a reset when "amt_start N" comes. Lines on standard
+// input: "reset" pulses the board's reset line, "status" tells its stage and rate, "quit" ends.
 
 #include "sim/BoardSim.h"
+#include "sim/SimFirmware.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -123,6 +125,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "bramble-sim: cannot make a pseudo terminal\n");
         return 1;
     }
+    SimFirmware firmware(board);
     if (!parser.isSet(quietOption))
         board.setEventLog(say);
     const QString name = parser.value(nameOption);

@@ -17,6 +17,7 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <thread>
 
 namespace {
@@ -753,4 +754,62 @@ TEST(BoardSim, FirmwareHandlerGetsTheFirmwaresBytes) {
     bench.board.reset();
     EXPECT_EQ(bench.board.stage(), BoardSim::Stage::Rom);
     EXPECT_EQ(exchange(bench.port, "cnys", 1), bytes({51}));
+}
+
+TEST(BoardSim, RomLinesAndFirmwareStarts) {
+    BoardSim board;
+    std::mutex m;
+    std::vector<QByteArray> lines;
+    int starts = 0;
+    board.setFirmwareStartHandler([&](BoardSim&) {
+        std::lock_guard<std::mutex> lock(m);
+        ++starts;
+    });
+    board.setRomLineHandler([&](BoardSim& b, const QByteArray& line) {
+        {
+            std::lock_guard<std::mutex> lock(m);
+            lines.push_back(line);
+        }
+        if (line == "go")
+            b.startFirmware();
+    });
+    board.setFirmwareHandler([](BoardSim& b, const QByteArray& in) { b.send("got " + in); });
+    auto seen = [&] {
+        std::lock_guard<std::mutex> lock(m);
+        return std::make_pair(lines, starts);
+    };
+    ComPort port;
+    ASSERT_TRUE(port.open(board.devicePath(), 115200));
+
+    // CR or LF ends a line; empty lines and lines longer than any command are dropped.
+    put(port, "hello\r\n\rworld\n" + QByteArray(300, 'x') + "\r");
+    EXPECT_TRUE(silentFor(port, 60));
+    EXPECT_EQ(seen().first, std::vector<QByteArray>({"hello", "world"}));
+    EXPECT_EQ(board.stage(), BoardSim::Stage::Rom);
+
+    // The handler starts the firmware; the bytes behind the line reach it.
+    EXPECT_EQ(exchange(port, "go\rping\r", 9), QByteArray("got ping\r"));
+    EXPECT_EQ(board.stage(), BoardSim::Stage::Firmware);
+    EXPECT_EQ(seen(), std::make_pair(std::vector<QByteArray>({"hello", "world", "go"}), 1));
+    EXPECT_EQ(board.firmwareInput(), QByteArray("ping\r"));
+
+    // The raw dialogue is no text: a header with CR bytes in it is no line.
+    board.reset();
+    EXPECT_EQ(exchange(port, "cnys", 1), bytes({1}));
+    EXPECT_EQ(exchange(port, rawHeaderBytes(5, 0x0D0A0D0A, 0), 1), bytes({0}));
+    EXPECT_EQ(seen().first.size(), 3u);
+
+    // startFirmware() from any thread, and the stub's start-software request.
+    board.reset();
+    board.startFirmware();
+    EXPECT_EQ(board.stage(), BoardSim::Stage::Firmware);
+    EXPECT_EQ(seen().second, 2);
+    Bench frames;
+    std::atomic<int> frameStarts{0};
+    frames.board.setFirmwareStartHandler([&](BoardSim& b) {
+        EXPECT_EQ(b.stage(), BoardSim::Stage::Firmware);
+        ++frameStarts;
+    });
+    EXPECT_EQ(exchange(frames.port, request(6, le32(0x8000)), 6), reply(6));
+    EXPECT_EQ(frameStarts.load(), 1);
 }

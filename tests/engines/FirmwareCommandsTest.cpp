@@ -1,0 +1,1716 @@
+// Every firmware command of the engines against the simulated firmware, through the real
+// ComPort over the board's pty: the exact lines the firmware received, the values read back
+// from its answers, and the exact log lines of each failure.
+//
+// Failures that run into a limit take their time, so each test runs its independent checks
+// on boards of their own, on parallel threads.
+
+#include "base/ComPort.h"
+#include "base/PortTable.h"
+#include "engines/AppQZ4410Imple.h"
+#include "engines/AppQZ4420Imple.h"
+#include "sim/SimFirmware.h"
+#include "support/LogCatcher.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <chrono>
+#include <functional>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using State = SimFirmwareState;
+using Fault = SimLineFault;
+
+struct Timer {
+    Clock::time_point start = Clock::now();
+    long ms() const {
+        return long(
+            std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
+    }
+};
+
+// A wait that ran into its limit: all of it, and not much more even on a busy machine.
+#define EXPECT_FULL_WAIT(timer, limitMs)                                                           \
+    do {                                                                                           \
+        const long elapsed_ = (timer).ms();                                                        \
+        EXPECT_GE(elapsed_, (limitMs)-10);                                                         \
+        EXPECT_LT(elapsed_, (limitMs) + 1000);                                                     \
+    } while (0)
+
+QStringList times(int n, const QString& line) {
+    QStringList list;
+    for (int i = 0; i < n; ++i)
+        list << line;
+    return list;
+}
+
+void sleepFor(int ms) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+}
+
+// Runs each check on a thread of its own and waits for all of them.
+void inParallel(const std::vector<std::function<void()>>& checks) {
+    std::vector<std::thread> threads;
+    threads.reserve(checks.size());
+    for (const auto& check : checks)
+        threads.emplace_back(check);
+    for (std::thread& t : threads)
+        t.join();
+}
+
+// A board with its firmware and an engine on a port open on it. The firmware runs, in state
+// 0, with echo off as the pages leave it, unless the bench is made with the board in its ROM.
+template <typename Engine> struct BenchOf {
+    BoardSim board;
+    SimFirmware fw{board};
+    ComPort port;
+    Engine engine;
+    LogCatcher log{&engine};
+    explicit BenchOf(bool running = true) {
+        EXPECT_TRUE(port.open(board.devicePath(), 115200));
+        if (running) {
+            board.startFirmware();
+            fw.change([](State& s) { s.echo = false; });
+        }
+    }
+    // Every byte that reached the running firmware.
+    QByteArray wire() const { return board.firmwareInput(); }
+    State state() const { return fw.state(); }
+    // Sleeps until the bytes the board sent have reached the host's driver.
+    void settle() const { sleepFor(40); }
+};
+using Bench = BenchOf<AppQZ4420Imple>;
+using Bench4410 = BenchOf<AppQZ4410Imple>;
+
+const QByteArray kBanner = SimFirmware::Options().banner;
+
+} // namespace
+
+// ---- The channel ----
+
+TEST(FirmwareCommands, ReplyRulesOfTheChannel) {
+    inParallel({
+        [] { // an answer cut after "O": complete once "K" comes
+            Bench b;
+            b.fw.inject(Fault::split({1}, 80));
+            ByteBuffer rsp;
+            Timer t;
+            EXPECT_TRUE(b.engine.sendCmdRsp(b.port, "amtBleReset", "OK", rsp, 500));
+            EXPECT_GE(t.ms(), 70);
+            EXPECT_LT(t.ms(), 400);
+            EXPECT_EQ(rsp.text(), "OK\r\n");
+            EXPECT_EQ(b.wire(), QByteArray("amtBleReset\r")); // one CR, no LF
+        },
+        [] { // "O" alone runs to the limit
+            Bench b;
+            b.fw.inject(Fault::replace("O"));
+            ByteBuffer rsp;
+            Timer t;
+            EXPECT_FALSE(b.engine.sendCmdRsp(b.port, "amtBleReset", "OK", rsp, 500));
+            EXPECT_FULL_WAIT(t, 500);
+            EXPECT_EQ(rsp.text(), "O");
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // "ERROR" does not end the wait
+            Bench b;
+            Timer t;
+            EXPECT_FALSE(b.engine.sendCmd(b.port, "amt_tx_start 9 0 1 0 0 90 3", "OK", 500));
+            EXPECT_FULL_WAIT(t, 500);
+            EXPECT_TRUE(b.log.texts().isEmpty()); // the caller words a failure
+        },
+        [] { // a late "OK" left in the driver satisfies the next command at once
+            Bench b;
+            b.fw.inject(Fault::delay(600, "amt_tx_1M"));
+            EXPECT_FALSE(b.engine.startSingleTone(b.port));
+            sleepFor(150);
+            Timer t;
+            EXPECT_TRUE(b.engine.resetBle(b.port));
+            EXPECT_LT(t.ms(), 100);
+            // ... and its own "OK" is left for the one after.
+            b.settle();
+            b.fw.inject(Fault::withhold("amtBleTxStop"));
+            EXPECT_TRUE(b.engine.stopBleTx(b.port));
+            EXPECT_TRUE(b.fw.waitForLines(3, 500)); // it returned before its line got there
+            EXPECT_EQ(b.wire(), QByteArray("amt_tx_1M\ramtBleReset\ramtBleTxStop\r"));
+        },
+    });
+}
+
+TEST(FirmwareCommands, VersionStateEchoAndOpening) {
+    inParallel({
+        [] {
+            Bench b;
+            b.fw.change([](State& s) { s.versionState = 2; });
+            int state = -1;
+            EXPECT_TRUE(b.engine.getVersionState(b.port, state));
+            EXPECT_EQ(state, 2);
+            EXPECT_TRUE(b.engine.isVersionState(b.port, 2));
+            EXPECT_FALSE(b.engine.isVersionState(b.port, 1));
+            EXPECT_TRUE(b.engine.versionStateKnown(b.port));
+            // An echo puts the command in front of the value: the state reads as 0.
+            b.fw.change([](State& s) { s.echo = true; });
+            EXPECT_TRUE(b.engine.getVersionState(b.port, state));
+            EXPECT_EQ(state, 0);
+            EXPECT_TRUE(b.engine.setEcho(b.port, false, 0));
+            EXPECT_FALSE(b.state().echo);
+            EXPECT_TRUE(b.engine.getVersionState(b.port, state));
+            EXPECT_EQ(state, 2);
+            // Text that is no number before the comma gives 0; text without a comma fails.
+            b.fw.inject(Fault::replace("abc,OK\r\n"));
+            EXPECT_TRUE(b.engine.getVersionState(b.port, state));
+            EXPECT_EQ(state, 0);
+            b.fw.inject(Fault::replace("ready OK\r\n"));
+            EXPECT_FALSE(b.engine.getVersionState(b.port, state));
+            EXPECT_EQ(b.log.texts(), QStringList({"GET_CUR_STATE: rsp can not slice to 2 items!"}));
+            EXPECT_EQ(b.fw.lines(),
+                      QStringList({"get_version_type", "get_version_type", "get_version_type",
+                                   "get_version_type", "get_version_type", "echoclose 0",
+                                   "get_version_type", "get_version_type", "get_version_type"}));
+        },
+        [] { // a silent board: nothing answers, nothing is logged
+            Bench b(false);
+            int state = 7;
+            Timer t;
+            EXPECT_FALSE(b.engine.versionStateKnown(b.port));
+            EXPECT_FULL_WAIT(t, 500);
+            EXPECT_FALSE(b.engine.isVersionState(b.port, 0));
+            EXPECT_EQ(state, 7);
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // setEcho with no time of its own tries once
+            Bench b;
+            b.fw.inject(Fault::withhold("echoclose"));
+            Timer t;
+            EXPECT_FALSE(b.engine.setEcho(b.port, true, 0));
+            EXPECT_FULL_WAIT(t, 500);
+            EXPECT_EQ(b.fw.lines(), QStringList({"echoclose 1"}));
+            EXPECT_TRUE(b.state().echo); // carried out, only the answer was lost
+        },
+        [] { // ... and with 1200 ms on a board that never answers, three times
+            Bench b;
+            for (int i = 0; i < 4; ++i)
+                b.fw.inject(Fault::withhold("echoclose"));
+            Timer t;
+            EXPECT_FALSE(b.engine.setEcho(b.port, false, 1200));
+            EXPECT_FULL_WAIT(t, 1500);
+            EXPECT_EQ(b.fw.lines(), times(3, "echoclose 0"));
+        },
+        [] { // a refusal, then the answer
+            Bench b;
+            b.fw.inject(Fault::refuse("echoclose"));
+            EXPECT_TRUE(b.engine.setEcho(b.port, true, 2000));
+            EXPECT_EQ(b.fw.lines(), times(2, "echoclose 1"));
+            EXPECT_TRUE(b.state().echo);
+            EXPECT_EQ(b.wire(), QByteArray("echoclose 1\rechoclose 1\r"));
+        },
+        [] { // opening by number, with echo closed
+            Bench b(false);
+            b.port.close();
+            b.board.startFirmware(); // echo on, as a fresh firmware has it
+            const int number = PortTable::numberOf(QString::fromStdString(b.board.devicePath()));
+            EXPECT_TRUE(b.engine.openComPort(b.port, number, 115200, true));
+            EXPECT_TRUE(b.port.isOpen());
+            EXPECT_FALSE(b.state().echo);
+            EXPECT_EQ(b.wire(), QByteArray("echoclose 0\r"));
+            b.port.close();
+            EXPECT_TRUE(b.engine.openComPort(b.port, number, 115200, false));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+            // A port that is not there.
+            const int missing = PortTable::numberOf("/dev/bramble-no-such-port");
+            ComPort other;
+            EXPECT_FALSE(b.engine.openComPort(other, missing, 115200, true));
+            EXPECT_EQ(
+                b.log.texts(),
+                QStringList({QStringLiteral("OPEN_COM_PORT: open port failed: %1").arg(missing)}));
+        },
+        [] { // a board in its ROM does not close echo: the port is closed again
+            Bench b(false);
+            b.port.close();
+            const int number = PortTable::numberOf(QString::fromStdString(b.board.devicePath()));
+            EXPECT_FALSE(b.engine.openComPort(b.port, number, 115200, true));
+            EXPECT_FALSE(b.port.isOpen());
+            EXPECT_EQ(b.log.texts(), QStringList({"OPEN_COM_PORT: close echo failed!"}));
+        },
+    });
+}
+
+TEST(FirmwareCommands, StateSwitchesAndRestarts) {
+    inParallel({
+        [] { // the reset pulse cannot cross a pty: the board is reset here, as it would be
+            Bench b;
+            b.board.reset();
+            Timer t;
+            EXPECT_TRUE(b.engine.switchVersion(b.port, 2));
+            EXPECT_GE(t.ms(), 255); // 60 ms before the command, 200 ms after the answer
+            EXPECT_EQ(b.fw.lines(), QStringList({"amt_start 2"}));
+            EXPECT_EQ(b.state().versionState, 2);
+            // The banner went with the drain; the fresh firmware echoes until told not to.
+            int state = -1;
+            EXPECT_TRUE(b.engine.getVersionState(b.port, state));
+            EXPECT_EQ(state, 0);
+            EXPECT_TRUE(b.engine.setEcho(b.port, false, 0));
+            EXPECT_TRUE(b.engine.getVersionState(b.port, state));
+            EXPECT_EQ(state, 2);
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // a running firmware restarts in the state asked for
+            Bench b;
+            EXPECT_TRUE(b.engine.switchToState(b.port, 3));
+            EXPECT_EQ(b.state().versionState, 3);
+            EXPECT_EQ(b.fw.starts(), 2);
+            EXPECT_EQ(b.wire(), QByteArray("amt_start 3\r")); // the pulse writes nothing
+            // A state the firmware does not have.
+            EXPECT_FALSE(b.engine.switchToState(b.port, 7));
+            EXPECT_EQ(b.log.texts(),
+                      QStringList({"MAKE_SURE_STATE: can not switch to soft state: 7"}));
+        },
+        [] {
+            Bench b;
+            b.board.reset();
+            const int number = PortTable::numberOf(QString::fromStdString(b.board.devicePath()));
+            b.port.close();
+            EXPECT_TRUE(b.engine.openComPortInState(b.port, number, 115200, 1));
+            EXPECT_TRUE(b.port.isOpen());
+            EXPECT_EQ(b.state().versionState, 1);
+            b.port.close();
+            EXPECT_FALSE(b.engine.openComPortInState(b.port, number, 115200, 9));
+            EXPECT_FALSE(b.port.isOpen());
+            EXPECT_EQ(b.log.texts(),
+                      QStringList({"MAKE_SURE_STATE: can not switch to soft state: 9",
+                                   "OPEN_COM_PORT: make sure state failed!"}));
+        },
+        [] { // the right state: one line only
+            Bench b;
+            EXPECT_TRUE(b.engine.makeSureState(b.port, 0));
+            sleepFor(50);
+            EXPECT_EQ(b.wire(), QByteArray("get_version_type\r"));
+            // Another: asked, switched, echo closed.
+            EXPECT_TRUE(b.engine.makeSureState(b.port, 1));
+            EXPECT_EQ(b.fw.lines(), QStringList({"get_version_type", "get_version_type",
+                                                 "amt_start 1", "echoclose 0"}));
+            const State s = b.state();
+            EXPECT_EQ(s.versionState, 1);
+            EXPECT_FALSE(s.echo);
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] {
+            Bench b(false);
+            EXPECT_FALSE(b.engine.makeSureState(b.port, 1));
+            EXPECT_EQ(b.log.texts(), QStringList({"MAKE_SURE_STATE: get cur state failed!"}));
+        },
+        [] {
+            Bench b;
+            b.fw.inject(Fault::refuse("amt_start"));
+            EXPECT_FALSE(b.engine.makeSureState(b.port, 3));
+            EXPECT_EQ(b.log.texts(),
+                      QStringList({"MAKE_SURE_STATE: can not switch to soft state: 3"}));
+            EXPECT_EQ(b.state().versionState, 0);
+        },
+        [] {
+            Bench b;
+            b.fw.inject(Fault::refuse("echoclose"));
+            EXPECT_FALSE(b.engine.makeSureState(b.port, 3));
+            EXPECT_EQ(b.log.texts(), QStringList({"MAKE_SURE_STATE: close echo failed!"}));
+            EXPECT_EQ(b.state().versionState, 3);
+        },
+        [] { // the hardware restart writes no byte and waits only for its drain
+            Bench b;
+            Timer t;
+            EXPECT_TRUE(b.engine.hardwareRestart(b.port, 0));
+            EXPECT_LT(t.ms(), 50);
+            b.fw.sendText("boot noise\r\n", 20);
+            Timer drain;
+            EXPECT_TRUE(b.engine.hardwareRestart(b.port, 150));
+            EXPECT_GE(drain.ms(), 150);
+            int state = -1;
+            EXPECT_TRUE(b.engine.getVersionState(b.port, state)); // the noise went with it
+            EXPECT_EQ(state, 0);
+            EXPECT_EQ(b.wire(), QByteArray("get_version_type\r"));
+        },
+        [] { // "reboot": the banner is read and dropped, the stores stay
+            Bench b;
+            b.fw.change([](State& s) { s.nv[State::Develop]["k"] = "v"; });
+            EXPECT_TRUE(b.engine.softwareRestart(b.port, false));
+            EXPECT_EQ(b.fw.starts(), 2);
+            EXPECT_TRUE(b.state().echo);
+            EXPECT_EQ(b.state().nv[State::Develop].at("k"), "v");
+            EXPECT_TRUE(b.engine.setEcho(b.port, false, 0)); // nothing of the banner is left
+            EXPECT_EQ(b.wire(), QByteArray("reboot\rechoclose 0\r"));
+            // With the ping: the firmware answers once it is up.
+            EXPECT_TRUE(b.engine.softwareRestart(b.port, true));
+            EXPECT_EQ(b.fw.lines().mid(2), QStringList({"reboot", "get_version_type"}));
+            EXPECT_TRUE(b.engine.isLogEnabled());
+            EXPECT_TRUE(b.log.texts().isEmpty());
+            ComPort closed;
+            EXPECT_FALSE(b.engine.softwareRestart(closed, false));
+            EXPECT_EQ(b.log.texts(), QStringList({"RESTART: reboot cmd send failed!"}));
+        },
+        [] { // a firmware that never answers the ping: two tries, then the line
+            Bench b;
+            for (int i = 0; i < 3; ++i)
+                b.fw.inject(Fault::withhold("get_version_type"));
+            EXPECT_FALSE(b.engine.softwareRestart(b.port, true));
+            EXPECT_EQ(b.fw.lines(),
+                      QStringList({"reboot", "get_version_type", "get_version_type"}));
+            EXPECT_EQ(b.log.texts(), QStringList({"RESTART: ping AT state failed!"}));
+            EXPECT_TRUE(b.engine.isLogEnabled());
+        },
+        [] { // the ping gives the log flag back as it found it, on both ways out
+            Bench b(false);
+            b.engine.setLogEnabled(false);
+            Timer t;
+            EXPECT_FALSE(b.engine.pingAtState(b.port, 100, 1000));
+            EXPECT_GE(t.ms(), 1000);
+            EXPECT_LT(t.ms(), 2000);
+            EXPECT_FALSE(b.engine.isLogEnabled());
+            b.board.startFirmware();
+            b.engine.setLogEnabled(true);
+            b.fw.inject(Fault::replace("no comma OK\r\n", "get_version_type"));
+            EXPECT_TRUE(b.engine.pingAtState(b.port, 100, 1000)); // the second try answers
+            EXPECT_TRUE(b.engine.isLogEnabled());
+            EXPECT_TRUE(b.log.texts().isEmpty()); // the failed try left no line
+        },
+    });
+}
+
+// ---- Board parameters ----
+
+TEST(FirmwareCommands, MacNvStoresAndRegisters) {
+    inParallel({
+        [] {
+            Bench b;
+            QString mac;
+            EXPECT_FALSE(b.engine.getMac(b.port, mac)); // none written yet: no MAC in the answer
+            EXPECT_TRUE(mac.isEmpty());
+            EXPECT_TRUE(b.engine.setMac(b.port, 1, "A0:b1:C2:d3:E4:f5"));
+            EXPECT_TRUE(b.engine.getMac(b.port, mac));
+            EXPECT_EQ(mac, "A0:b1:C2:d3:E4:f5"); // case and colons as the firmware sent them
+            EXPECT_TRUE(b.engine.setMac(b.port, 0, "02:00:00:00:00:01"));
+            EXPECT_TRUE(b.engine.getMac(b.port, mac));
+            EXPECT_EQ(mac, "02:00:00:00:00:01"); // the first of two
+            EXPECT_EQ(b.state().macs,
+                      (std::map<int, QString>{{0, "02:00:00:00:00:01"}, {1, "A0:b1:C2:d3:E4:f5"}}));
+            EXPECT_EQ(b.wire(), QByteArray("amt_get_mac\ramt_set_mac 1 A0:b1:C2:d3:E4:f5\r"
+                                           "amt_get_mac\ramt_set_mac 0 02:00:00:00:00:01\r"
+                                           "amt_get_mac\r"));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // a MAC the firmware refuses costs the full wait and logs nothing
+            Bench b;
+            Timer t;
+            EXPECT_FALSE(b.engine.setMac(b.port, 0, "02:00:00:00:00"));
+            EXPECT_FULL_WAIT(t, 500);
+            EXPECT_TRUE(b.state().macs.empty());
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] {
+            Bench b;
+            EXPECT_TRUE(b.engine.setNv(b.port, 1, "owner", "Ann"));
+            EXPECT_TRUE(b.engine.setNv(b.port, 2, "dev", "x y"));
+            EXPECT_TRUE(b.engine.setNv(b.port, 3, "a", "1"));
+            EXPECT_TRUE(b.engine.setNv(b.port, 3, "c", "2=3"));
+            const State s = b.state();
+            EXPECT_EQ(s.nv[State::Amt], (std::map<QString, QString>{{"owner", "Ann"}}));
+            EXPECT_EQ(s.nv[State::Develop], (std::map<QString, QString>{{"dev", "x y"}}));
+            EXPECT_EQ(s.nv[State::Customer].size(), 2u);
+            QString value;
+            EXPECT_TRUE(b.engine.getNv(b.port, 2, "dev", value));
+            EXPECT_EQ(value, "x y");
+            EXPECT_TRUE(b.engine.getNv(b.port, 1, "owner", value));
+            EXPECT_EQ(value, "Ann");
+            // The reader drops every "OK", in a value too; and the last "value: " counts.
+            EXPECT_TRUE(b.engine.setNv(b.port, 1, "book", "BOOKS"));
+            EXPECT_TRUE(b.engine.getNv(b.port, 1, "book", value));
+            EXPECT_EQ(value, "BOS");
+            b.fw.inject(Fault::replace("value: first\r\nvalue: abc\r\nOK\r\n", "anvg"));
+            EXPECT_TRUE(b.engine.getNv(b.port, 1, "owner", value));
+            EXPECT_EQ(value, "abc");
+            // A value with "=" drops its line; a line without "=" is dropped too.
+            QList<QStringList> entries;
+            EXPECT_TRUE(b.engine.readAllNv(b.port, 3, entries));
+            EXPECT_EQ(entries, QList<QStringList>({{"a", "1"}}));
+            b.fw.inject(Fault::replace("a=1\r\nb\r\nc=2=3\r\nOK\r\n", "dnvg"));
+            entries.clear();
+            EXPECT_TRUE(b.engine.readAllNv(b.port, 2, entries));
+            EXPECT_EQ(entries, QList<QStringList>({{"a", "1"}}));
+            EXPECT_TRUE(b.engine.removeNv(b.port, 2, "dev"));
+            entries.clear();
+            EXPECT_TRUE(b.engine.readAllNv(b.port, 2, entries));
+            EXPECT_TRUE(entries.isEmpty());
+            EXPECT_TRUE(b.state().nv[State::Develop].empty());
+            EXPECT_EQ(b.fw.lines(),
+                      QStringList({"anvs owner Ann", "dnvs dev x y", "cnvs a 1", "cnvs c 2=3",
+                                   "dnvg dev", "anvg owner", "anvs book BOOKS", "anvg book",
+                                   "anvg owner", "cnvg all", "dnvg all", "dnvd dev", "dnvg all"}));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // unknown stores: nothing goes out
+            Bench b;
+            QString value = "kept";
+            QList<QStringList> entries;
+            EXPECT_FALSE(b.engine.setNv(b.port, 0, "n", "v"));
+            EXPECT_FALSE(b.engine.setNv(b.port, 4, "n", "v"));
+            EXPECT_FALSE(b.engine.getNv(b.port, 5, "n", value));
+            EXPECT_FALSE(b.engine.removeNv(b.port, -1, "n"));
+            EXPECT_FALSE(b.engine.readAllNv(b.port, 0, entries));
+            EXPECT_EQ(value, "kept");
+            EXPECT_EQ(b.log.texts(),
+                      QStringList({"invalid nv type: 0", "invalid nv type: 4", "invalid nv type: 5",
+                                   "invalid nv type: -1", "invalid nv type: 0"}));
+            EXPECT_FALSE(b.engine.removeNv(b.port, 1, "n")); // refused: not there
+            EXPECT_EQ(b.wire(), QByteArray("anvd n\r"));
+        },
+        [] { // a name the store does not have: ERROR, the full wait
+            Bench b;
+            QString value = "kept";
+            Timer t;
+            EXPECT_FALSE(b.engine.getNv(b.port, 1, "missing", value));
+            EXPECT_FULL_WAIT(t, 500);
+            EXPECT_EQ(value, "kept");
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] {
+            Bench b;
+            QList<QStringList> entries;
+            b.fw.inject(Fault::refuse("anvg"));
+            EXPECT_FALSE(b.engine.readAllNv(b.port, 1, entries));
+            EXPECT_TRUE(entries.isEmpty());
+        },
+        [] {
+            Bench b;
+            EXPECT_TRUE(b.engine.setRegister(b.port, 0x203174, 0x12345));
+            EXPECT_EQ(b.state().registers.at(0x203174), 0x12345u);
+            unsigned v = 0;
+            EXPECT_TRUE(b.engine.getRegister(b.port, 0x203174, v));
+            EXPECT_EQ(v, 0x12345u);
+            EXPECT_TRUE(b.engine.getRegister(b.port, 0x471080, v));
+            EXPECT_EQ(v, 0u); // never written
+            b.fw.inject(Fault::replace("0X1A,OK\r\n"));
+            EXPECT_TRUE(b.engine.getRegister(b.port, 0x2030c0, v));
+            EXPECT_EQ(v, 26u);
+            b.fw.inject(Fault::replace("1a,\r\nOK\r\n"));
+            EXPECT_TRUE(b.engine.getRegister(b.port, 0x2030c0, v));
+            EXPECT_EQ(v, 26u);
+            b.fw.inject(Fault::replace("OK\r\n"));
+            EXPECT_FALSE(b.engine.getRegister(b.port, 0x2030c0, v));
+            EXPECT_EQ(b.log.texts(), QStringList({"GET_MAC: rsp can not slice to 2 items!"}));
+            // The DC calibration register: high part above bit 12.
+            unsigned high = 0, low = 0;
+            EXPECT_TRUE(b.engine.setDcCalRegister(b.port, 0x12, 0x345));
+            EXPECT_TRUE(b.engine.getDcCalRegister(b.port, high, low));
+            EXPECT_EQ(high, 0x12u);
+            EXPECT_EQ(low, 0x345u);
+            EXPECT_EQ(b.fw.lines(), QStringList({"amt_set 0x203174 0x12345", "amt_get 0x203174",
+                                                 "amt_get 0x471080", "amt_get 0x2030c0",
+                                                 "amt_get 0x2030c0", "amt_get 0x2030c0",
+                                                 "amt_set 0x203174 0x12345", "amt_get 0x203174"}));
+        },
+        [] { // an address that is no word address is refused
+            Bench b;
+            unsigned v = 7, high = 1, low = 1;
+            Timer t;
+            EXPECT_FALSE(b.engine.setRegister(b.port, 0x203175, 1));
+            EXPECT_FULL_WAIT(t, 500);
+            b.fw.inject(Fault::refuse("amt_get"));
+            EXPECT_FALSE(b.engine.getDcCalRegister(b.port, high, low));
+            EXPECT_EQ(v, 7u);
+            EXPECT_EQ(high, 1u);
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+    });
+}
+
+TEST(FirmwareCommands, TestSignAndAmtKeys) {
+    inParallel({
+        [] {
+            Bench b;
+            QString sign;
+            EXPECT_TRUE(b.engine.getTestSign(b.port, sign)); // no sign yet: ERROR
+            EXPECT_EQ(sign, "0000000000");
+            EXPECT_TRUE(b.engine.setTestSign(b.port, "0120000000"));
+            EXPECT_EQ(b.state().nv[State::Amt].at("TEST_SIGN"), "0120000000");
+            EXPECT_TRUE(b.engine.getTestSign(b.port, sign));
+            EXPECT_EQ(sign, "0120000000");
+            int st = -1;
+            EXPECT_TRUE(b.engine.getStationSign(b.port, 2, st));
+            EXPECT_EQ(st, 2);
+            EXPECT_TRUE(b.engine.setStationSign(b.port, 3, 1));
+            EXPECT_EQ(b.state().nv[State::Amt].at("TEST_SIGN"), "0121000000");
+            b.fw.change([](State& s) { s.nv[State::Amt]["TEST_SIGN"] = "01x"; });
+            EXPECT_TRUE(b.engine.getStationSign(b.port, 2, st));
+            EXPECT_EQ(st, 3);
+            // A mark that is no station state changes nothing on the board.
+            EXPECT_FALSE(b.engine.setStationSign(b.port, 0, 3));
+            EXPECT_EQ(b.state().nv[State::Amt].at("TEST_SIGN"), "01x");
+            EXPECT_EQ(b.log.texts(),
+                      QStringList({QStringLiteral("SET_ST_SIGN: invalid test sign: ") + QChar(3)}));
+            EXPECT_TRUE(b.engine.writeAmtKey(b.port, "CAL_DONE", "yes", 500, 50));
+            EXPECT_EQ(b.state().nv[State::Amt].at("CAL_DONE"), "yes");
+            EXPECT_EQ(b.wire(), QByteArray("nvgamt TEST_SIGN\rnvsamt TEST_SIGN 0120000000\r"
+                                           "nvgamt TEST_SIGN\rnvgamt TEST_SIGN\r"
+                                           "nvgamt TEST_SIGN\rnvsamt TEST_SIGN 0121000000\r"
+                                           "nvgamt TEST_SIGN\rnvgamt TEST_SIGN\r"
+                                           "nvsamt CAL_DONE yes\r"));
+        },
+        [] {
+            Bench b;
+            QString sign = "kept";
+            b.fw.inject(Fault::withhold("nvgamt"));
+            EXPECT_FALSE(b.engine.getTestSign(b.port, sign));
+            b.fw.inject(Fault::replace("value:[0120\r\n", "nvgamt"));
+            EXPECT_FALSE(b.engine.getTestSign(b.port, sign));
+            EXPECT_EQ(sign, "kept");
+            b.fw.inject(Fault::refuse("nvsamt"));
+            EXPECT_FALSE(b.engine.setTestSign(b.port, "1")); // no SUCCESS, no line
+            EXPECT_EQ(b.log.texts(), QStringList({"GET_TEST_SIGN: recv rsp timeout!",
+                                                  "GET_TEST_SIGN: match value failed!"}));
+            EXPECT_EQ(b.state().nv[State::Amt].count("TEST_SIGN"), 0u);
+        },
+        [] {
+            Bench b;
+            int st = -1;
+            b.fw.inject(Fault::withhold("nvgamt"));
+            EXPECT_FALSE(b.engine.getStationSign(b.port, 0, st));
+            EXPECT_EQ(st, -1);
+            EXPECT_EQ(b.log.texts(), QStringList({"GET_TEST_SIGN: recv rsp timeout!",
+                                                  "GET_ST_SIGN:  get test sign failed"}));
+        },
+        [] {
+            Bench b;
+            b.fw.inject(Fault::withhold("nvgamt"));
+            EXPECT_FALSE(b.engine.setStationSign(b.port, 0, 1));
+            EXPECT_EQ(b.log.texts(), QStringList({"GET_TEST_SIGN: recv rsp timeout!",
+                                                  "SET_ST_SIGN:  get test sign failed"}));
+            EXPECT_EQ(b.fw.lines(), QStringList({"nvgamt TEST_SIGN"}));
+        },
+        [] {
+            Bench b;
+            b.fw.inject(Fault::withhold("nvsamt"));
+            EXPECT_FALSE(b.engine.setTestSign(b.port, "2"));
+            b.fw.inject(Fault::refuse("nvsamt"));
+            EXPECT_FALSE(b.engine.writeAmtKey(b.port, "K", "V", 500, 50));
+            b.fw.inject(Fault::withhold("nvsamt"));
+            EXPECT_FALSE(b.engine.writeAmtKey(b.port, "K", "V", 300, 50));
+            EXPECT_EQ(b.log.texts(), QStringList({"SET_TEST_SIGN: recv rsp timeout!",
+                                                  "WR_AMT_KEY: can not find SUCCESS sign!",
+                                                  "WR_AMT_KEY: recv timeout!"}));
+            ComPort closed;
+            QString sign;
+            b.log.clear();
+            EXPECT_FALSE(b.engine.setTestSign(closed, "2"));
+            EXPECT_FALSE(b.engine.getTestSign(closed, sign));
+            EXPECT_FALSE(b.engine.writeAmtKey(closed, "K", "V", 300, 50));
+            EXPECT_EQ(b.log.texts(), QStringList({"SET_TEST_SIGN:  write at cmd failed!",
+                                                  "GET_TEST_SIGN:  write at cmd failed!",
+                                                  "WR_AMT_KEY: send cmd failed!"}));
+        },
+    });
+}
+
+// ---- Efuse ----
+
+namespace {
+
+void setEfuseWord(SimFirmware& fw, int offset, uint32_t word) {
+    fw.change([&](State& s) {
+        for (int i = 0; i < 4; ++i)
+            s.efuse[offset + i] = char(word >> (8 * i) & 0xFF);
+    });
+}
+
+} // namespace
+
+TEST(FirmwareCommands, EfuseWordsAndTheStateWord) {
+    inParallel({
+        [] {
+            Bench b;
+            setEfuseWord(b.fw, 0x20, 0x00000F03);
+            QList<unsigned> words;
+            EXPECT_TRUE(b.engine.readEfuse(b.port, 0x20, 4, words));
+            // The comma behind the last word leaves an empty item, read as a second word 0.
+            EXPECT_EQ(words, QList<unsigned>({0xF03, 0}));
+            unsigned char v = 0;
+            EXPECT_TRUE(b.engine.readStateBits(b.port, 8, 8, v));
+            EXPECT_EQ(v, 0x0F);
+            EXPECT_TRUE(b.engine.readStateBits(b.port, 0, 2, v));
+            EXPECT_EQ(v, 3);
+            unsigned word = 0;
+            EXPECT_TRUE(b.engine.readEfuseState(b.port, word));
+            EXPECT_EQ(word, 0xF03u);
+            EXPECT_EQ(b.fw.lines(), times(4, "efuse read 0x20 4"));
+        },
+        [] { // read, change the field, write back: the other bits stay
+            Bench b;
+            setEfuseWord(b.fw, 0x20, 0x00000100);
+            EXPECT_TRUE(b.engine.writeStateBits(b.port, 0, 2, 3));
+            EXPECT_EQ(b.wire(), QByteArray("efuse read 0x20 4\r"
+                                           "efuse write 0x20 0x00000103 0xfffffefc\r"
+                                           "efuse write_confirmation\r"));
+            EXPECT_EQ(b.state().efuseWord(0x20), 0x103u);
+            EXPECT_TRUE(b.engine.writeStateBit(b.port, 17, true));
+            EXPECT_EQ(b.state().efuseWord(0x20), 0x20103u);
+            bool bit = false;
+            EXPECT_TRUE(b.engine.readStateBit(b.port, 17, bit));
+            EXPECT_TRUE(bit);
+            EXPECT_TRUE(b.engine.readStateBit(b.port, 16, bit));
+            EXPECT_FALSE(bit);
+            EXPECT_TRUE(b.engine.writeEfuseState(b.port, 0x8));
+            EXPECT_EQ(b.state().efuseWord(0x20), 0x2010Bu); // bits only ever get set
+            EXPECT_TRUE(b.fw.lines().endsWith("efuse write_confirmation"));
+        },
+        [] {
+            Bench b;
+            // JTag 1, bits 2, 3, 5, 6, count 0x3F, bits 16, 18, 19.
+            setEfuseWord(b.fw, 0x20, 0x000D3F6D);
+            EfuseState st;
+            EXPECT_TRUE(b.engine.getEfuseState(b.port, st));
+            EXPECT_EQ(st.flashEcryptCount, 0x3Fu);
+            EXPECT_TRUE(st.safeBootMode);
+            EXPECT_TRUE(st.flashEncryptEnabled);
+            EXPECT_FALSE(st.bit4);
+            EXPECT_TRUE(st.aesPrivateKeyReadable);
+            EXPECT_TRUE(st.aesPrivateKeyWritable);
+            EXPECT_TRUE(st.frequency);
+            EXPECT_FALSE(st.bootromLogOutput);
+            EXPECT_TRUE(st.bit18);
+            EXPECT_TRUE(st.bootromStartupType);
+        },
+        [] { // the complement's field is 8 wide with blanks, not zeros
+            Bench b;
+            EXPECT_TRUE(b.engine.writeEfuseWord(b.port, 0x54, 0));
+            EXPECT_TRUE(b.engine.writeEfuseWord(b.port, 0x58, 0xFFFFFFFF));
+            EXPECT_TRUE(b.engine.writeEfuseWord(b.port, 0x58, 0));
+            EXPECT_EQ(b.wire(), QByteArray("efuse write 0x54 0x00000000 0xffffffff\r"
+                                           "efuse write_confirmation\r"
+                                           "efuse write 0x58 0xffffffff 0x       0\r"
+                                           "efuse write_confirmation\r"
+                                           "efuse write 0x58 0x00000000 0xffffffff\r"
+                                           "efuse write_confirmation\r"));
+            QList<unsigned> words;
+            EXPECT_TRUE(b.engine.readEfuse(b.port, 0x54, 8, words));
+            EXPECT_EQ(words, QList<unsigned>({0, 0xFFFFFFFF, 0}));
+        },
+        [] { // a failed confirmation fails the word though its write got "OK"
+            Bench b;
+            b.fw.inject(Fault::refuse("efuse write_confirmation"));
+            Timer t;
+            EXPECT_FALSE(b.engine.writeEfuseWord(b.port, 0x20, 0x4));
+            EXPECT_FULL_WAIT(t, 500);
+            EXPECT_EQ(b.state().efuseWord(0x20), 0u);
+            EXPECT_EQ(b.state().efusePending.size(), 1u);
+            EXPECT_TRUE(b.engine.confirmEfuseWrite(b.port)); // what waits is burnt now
+            EXPECT_EQ(b.state().efuseWord(0x20), 0x4u);
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // nothing waits to be burnt
+            Bench b;
+            EXPECT_FALSE(b.engine.confirmEfuseWrite(b.port));
+            EXPECT_EQ(b.wire(), QByteArray("efuse write_confirmation\r"));
+        },
+        [] { // a list stops at its first failed word; the words before stay burnt
+            Bench b;
+            b.fw.inject(Fault::refuse("efuse write 0x28"));
+            EXPECT_FALSE(b.engine.writeEfuseWords(b.port, 0x24, {1, 2, 3}));
+            EXPECT_EQ(b.fw.lines(), QStringList({"efuse write 0x24 0x00000001 0xfffffffe",
+                                                 "efuse write_confirmation",
+                                                 "efuse write 0x28 0x00000002 0xfffffffd"}));
+            const State s = b.state();
+            EXPECT_EQ(s.efuseWord(0x24), 1u);
+            EXPECT_EQ(s.efuseWord(0x28), 0u);
+            EXPECT_TRUE(s.efusePending.empty());
+        },
+        [] { // a read beyond the area
+            Bench b;
+            QList<unsigned> words;
+            EXPECT_FALSE(b.engine.readEfuse(b.port, 0x7c, 8, words));
+            EXPECT_TRUE(words.isEmpty());
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // a failed read ends the read-modify-write before any write
+            Bench b;
+            b.fw.inject(Fault::withhold("efuse read"));
+            EXPECT_FALSE(b.engine.writeStateBits(b.port, 2, 1, 1));
+            EXPECT_EQ(b.fw.lines(), QStringList({"efuse read 0x20 4"}));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+    });
+}
+
+TEST(FirmwareCommands, EfuseRegionsKeyFilesAndText) {
+    inParallel({
+        [] {
+            Bench b;
+            EXPECT_TRUE(b.engine.writeAesKey(b.port, {1, 2, 3, 4}));
+            QList<unsigned> words;
+            EXPECT_TRUE(b.engine.readAesKey(b.port, words));
+            EXPECT_EQ(words, QList<unsigned>({1, 2, 3, 4, 0}));
+            const QList<unsigned> ecc = {11, 12, 13, 14, 15, 16, 17, 0xFFFFFFFF};
+            EXPECT_TRUE(b.engine.writeEccKey(b.port, ecc));
+            words.clear();
+            EXPECT_TRUE(b.engine.readEccKey(b.port, words));
+            EXPECT_EQ(words, ecc + QList<unsigned>({0}));
+            QList<unsigned> reserved;
+            for (unsigned i = 0; i < 11; ++i)
+                reserved << 0x100 + i;
+            EXPECT_TRUE(b.engine.writeReservedArea(b.port, reserved));
+            words.clear();
+            EXPECT_TRUE(b.engine.readReservedArea(b.port, words));
+            EXPECT_EQ(words, reserved + QList<unsigned>({0}));
+            const QStringList lines = b.fw.lines();
+            EXPECT_EQ(lines.size(), 2 * 4 + 1 + 2 * 8 + 1 + 2 * 11 + 1);
+            EXPECT_EQ(lines[0], "efuse write 0x24 0x00000001 0xfffffffe");
+            EXPECT_EQ(lines[8], "efuse read 0x24 16");
+            EXPECT_EQ(lines[9], "efuse write 0x34 0x0000000b 0xfffffff4");
+            EXPECT_EQ(lines[25], "efuse read 0x34 32");
+            EXPECT_EQ(lines[26], "efuse write 0x54 0x00000100 0xfffffeff");
+            EXPECT_EQ(lines.last(), "efuse read 0x54 44");
+        },
+        [] {
+            Bench b;
+            QTemporaryDir dir;
+            QByteArray key;
+            for (int i = 1; i <= 40; ++i)
+                key += char(i);
+            auto file = [&](const QString& name, const QByteArray& bytes) {
+                QFile f(dir.filePath(name));
+                EXPECT_TRUE(f.open(QIODevice::WriteOnly));
+                f.write(bytes);
+                return f.fileName();
+            };
+            QList<unsigned> words;
+            EXPECT_TRUE(b.engine.loadEccKeyFile(file("40.key", key), words));
+            ASSERT_EQ(words.size(), 8);
+            EXPECT_EQ(words[0], 0x04030201u); // first byte lowest
+            EXPECT_EQ(words[7], 0x201F1E1Du);
+            words.clear();
+            EXPECT_TRUE(b.engine.loadEccKeyFile(file("30.key", key.left(30)), words));
+            ASSERT_EQ(words.size(), 8);
+            EXPECT_EQ(words[7], 0x1E1Du);
+            words.clear();
+            EXPECT_FALSE(b.engine.loadEccKeyFile(file("empty.key", {}), words));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+            const QString missing = dir.filePath("missing.key");
+            EXPECT_FALSE(b.engine.loadEccKeyFile(missing, words));
+            EXPECT_EQ(b.log.texts(), QStringList({"open file failed: " + missing}));
+            EXPECT_TRUE(b.engine.writeEccKeyFile(b.port, dir.filePath("40.key")));
+            EXPECT_EQ(b.state().efuse.mid(0x34, 32), key.left(32));
+            EXPECT_EQ(b.fw.lines().size(), 16);
+            EXPECT_FALSE(b.engine.writeEccKeyFile(b.port, missing));
+            EXPECT_EQ(b.fw.lines().size(), 16);
+        },
+        [] { // the chip's own AES key
+            Bench b;
+            EXPECT_TRUE(b.engine.writeAesFromTrng(b.port));
+            EXPECT_EQ(b.fw.lines(),
+                      QStringList({"efuse write_AES_TRNG", "efuse write_confirmation"}));
+            EXPECT_NE(b.state().efuse.mid(0x24, 16), QByteArray(16, '\0'));
+            b.fw.inject(Fault::refuse("efuse write_AES_TRNG"));
+            EXPECT_FALSE(b.engine.writeAesFromTrng(b.port));
+            EXPECT_EQ(b.fw.lines().size(), 3); // no confirmation behind a refusal
+        },
+        [] { // text, four characters to a word from its low byte up
+            Bench b;
+            EXPECT_TRUE(b.engine.writeEfuseText(b.port, 0x54, "hello"));
+            EXPECT_EQ(b.fw.lines(),
+                      QStringList(
+                          {"efuse write 0x54 0x6c6c6568 0x93939a97", "efuse write_confirmation",
+                           "efuse write 0x58 0x0000006f 0xffffff90", "efuse write_confirmation"}));
+            EXPECT_EQ(b.state().efuse.mid(0x54, 6), QByteArray("hello\0", 6));
+            QString text;
+            EXPECT_TRUE(b.engine.readEfuseText(b.port, 0x54, 8, text));
+            EXPECT_EQ(text, "hello");
+            b.fw.inject(Fault::refuse("efuse write"));
+            EXPECT_FALSE(b.engine.writeEfuseText(b.port, 0x5c, "abcdefgh"));
+            EXPECT_EQ(b.fw.lines().size(), 6); // no second word behind the refusal
+        },
+        [] {
+            Bench b;
+            QString text = "kept";
+            EXPECT_FALSE(b.engine.readEfuseText(b.port, 0x7c, 8, text));
+            EXPECT_EQ(text, "kept");
+        },
+    });
+}
+
+// ---- Wi-Fi RF ----
+
+TEST(FirmwareCommands, WifiTransmitReceiveAndTrims) {
+    inParallel({
+        [] {
+            Bench b;
+            // Panel modes 3 to 5 have no firmware number: nothing goes out.
+            EXPECT_FALSE(b.engine.startTx(b.port, 3, 0, 1, 0, 0, 90, 3));
+            EXPECT_FALSE(b.engine.startTx(b.port, 8, 0, 1, 0, 0, 90, 3));
+            EXPECT_EQ(b.log.texts(), QStringList({"invalid wifi mode: -1, origin mode value: 3",
+                                                  "invalid wifi mode: -1, origin mode value: 8"}));
+            // Mode 7 is 8 and mode 6 is 5 on the wire.
+            EXPECT_TRUE(b.engine.startTx(b.port, 7, 7, 6, 0, 0, 90, 3));
+            State::WifiTx tx = b.state().wifiTx;
+            EXPECT_TRUE(tx.running);
+            EXPECT_EQ(tx.mode, 8);
+            EXPECT_TRUE(b.engine.startTx(b.port, 6, 2, 1, 0, 4, 50, 0));
+            EXPECT_EQ(b.state().wifiTx.mode, 5);
+            EXPECT_TRUE(b.engine.startTx(b.port, 2, 7, 3, 1, 0, 100, 1));
+            tx = b.state().wifiTx;
+            EXPECT_EQ(tx.mode, 2);
+            EXPECT_EQ(tx.bandwidth, 1);
+            EXPECT_EQ(tx.duty, 100);
+            EXPECT_TRUE(b.engine.stopTx(b.port));
+            EXPECT_FALSE(b.state().wifiTx.running);
+            EXPECT_TRUE(b.engine.startSingleTone(b.port));
+            EXPECT_TRUE(b.state().wifiTx.singleTone);
+            EXPECT_EQ(b.wire(), QByteArray("amt_tx_start 8 7 6 0 0 90 3\r"
+                                           "amt_tx_start 5 2 1 0 4 50 0\r"
+                                           "amt_tx_start 2 7 3 1 0 100 1\r"
+                                           "amt_tx_stop\ramt_tx_1M\r"));
+        },
+        [] { // 40M outside channels 3 to 11: the firmware refuses
+            Bench b;
+            Timer t;
+            EXPECT_FALSE(b.engine.startTx(b.port, 2, 0, 12, 1, 0, 90, 3));
+            EXPECT_FULL_WAIT(t, 500);
+            EXPECT_FALSE(b.state().wifiTx.running);
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // the count comes with the stop and grows with the time the test ran
+            Bench b;
+            EXPECT_TRUE(b.engine.startRx(b.port, 6, 0));
+            EXPECT_TRUE(b.state().wifiRx.running);
+            sleepFor(120);
+            int count = -1;
+            EXPECT_TRUE(b.engine.stopRx(b.port, count));
+            EXPECT_GE(count, 110);
+            EXPECT_LT(count, 1200);
+            EXPECT_EQ(b.state().wifiRx.lastCount, count);
+            b.fw.inject(Fault::replace("1234,OK\r\n"));
+            EXPECT_TRUE(b.engine.stopRx(b.port, count));
+            EXPECT_EQ(count, 1234);
+            b.fw.inject(Fault::replace("OK\r\n"));
+            EXPECT_FALSE(b.engine.stopRx(b.port, count));
+            EXPECT_EQ(count, 1234);
+            EXPECT_EQ(b.log.texts(), QStringList({"can not find [,] in rsp data: OK\r\n"}));
+            EXPECT_EQ(b.wire(), QByteArray("amt_rx_start 6 0\ramt_rx_stop\ramt_rx_stop\r"
+                                           "amt_rx_stop\r"));
+        },
+        [] { // no test running: no count
+            Bench b;
+            int count = -1;
+            EXPECT_FALSE(b.engine.stopRx(b.port, count));
+            EXPECT_EQ(count, -1);
+            EXPECT_EQ(b.log.texts(), QStringList({"STOP_RX: send stop cmd failed"}));
+        },
+        [] {
+            Bench b;
+            EXPECT_FALSE(b.engine.startRx(b.port, 15, 0));
+            EXPECT_FALSE(b.state().wifiRx.running);
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // DC packs the value twice: above bit 12 and below it
+            Bench b;
+            EXPECT_TRUE(b.engine.setDcValue(b.port, 0x123));
+            EXPECT_EQ(b.state().dcI, 0x123);
+            EXPECT_EQ(b.state().dcQ, 0x123);
+            EXPECT_TRUE(b.engine.setDcValue(b.port, 5));
+            EXPECT_TRUE(b.engine.setCfo(b.port, 3, -2));
+            EXPECT_TRUE(b.engine.setPaBias(b.port, -7));
+            EXPECT_TRUE(b.engine.setLoLeakage(b.port, 6, 0x123, 0x456));
+            const State s = b.state();
+            EXPECT_EQ(s.dcQ, 5);
+            EXPECT_EQ(s.cfoFine, 3);
+            EXPECT_EQ(s.cfoCoarse, -2);
+            EXPECT_EQ(s.paBias, -7);
+            EXPECT_EQ(s.loLeakage.at(6), 0x123456u);
+            EXPECT_EQ(b.wire(), QByteArray("amt_tx_dc 0x123123\ramt_tx_dc 0x5005\r"
+                                           "amt_set_cfo 3 -2\ramt_set_pa_bias -7\r"
+                                           "amt_set_lo_leakage 6 0x123456\r"));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // a DC value too wide for its 12 bits
+            Bench b;
+            EXPECT_FALSE(b.engine.setDcValue(b.port, 0x1000));
+            EXPECT_EQ(b.wire(), QByteArray("amt_tx_dc 0x1001000\r"));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // LO leakage waits up to a second
+            Bench b;
+            Timer t;
+            EXPECT_FALSE(b.engine.setLoLeakage(b.port, 15, 0x123, 0x456));
+            EXPECT_FULL_WAIT(t, 1000);
+            EXPECT_EQ(b.log.texts(),
+                      QStringList({"set lo leakage failed, ch: 15, value: 123456!"}));
+        },
+        [] { // the power index: the reason in front of ERROR, after the full wait
+            Bench b;
+            QString reason = "kept";
+            Timer t;
+            EXPECT_FALSE(b.engine.setApcIndex(b.port, 40, reason));
+            EXPECT_FULL_WAIT(t, 500);
+            EXPECT_EQ(reason, "tx test not running");
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] {
+            Bench b;
+            QString reason = "kept";
+            EXPECT_TRUE(b.engine.startTx(b.port, 0, 3, 1, 0, 0, 90, 3));
+            EXPECT_TRUE(b.engine.setApcIndex(b.port, 42, reason));
+            EXPECT_TRUE(b.engine.setApcIndex(b.port, 43));
+            EXPECT_EQ(b.state().apcIndex, 43);
+            EXPECT_EQ(reason, "kept");
+            EXPECT_FALSE(b.engine.setApcIndex(b.port, 200, reason));
+            EXPECT_EQ(reason, "apc index 200 out of range");
+            EXPECT_EQ(b.state().apcIndex, 43);
+        },
+        [] { // no answer at all: no reason either
+            Bench b;
+            QString reason = "kept";
+            b.fw.inject(Fault::withhold("amt_set_apcindex"));
+            EXPECT_FALSE(b.engine.setApcIndex(b.port, 41, reason));
+            EXPECT_EQ(reason, "kept");
+        },
+    });
+}
+
+TEST(FirmwareCommands, WifiCalibrationValuesAndFlags) {
+    inParallel({
+        [] {
+            Bench b;
+            b.fw.change([](State& s) { s.freqOffset = 0x3A5; });
+            int first = -1, second = -1, third = -1;
+            EXPECT_TRUE(b.engine.getFreqOffset(b.port, first, second, third));
+            EXPECT_EQ(first, 3);
+            EXPECT_EQ(second, 5);
+            EXPECT_EQ(third, 0);
+            EXPECT_TRUE(b.engine.setFreqOffset(b.port, 4, 6, 1));
+            EXPECT_EQ(b.state().freqOffset, 0x14A6u); // the bits between stay
+            EXPECT_TRUE(b.engine.getFreqOffset(b.port, first, second, third));
+            EXPECT_EQ(first, 4);
+            EXPECT_EQ(second, 6);
+            EXPECT_EQ(third, 1);
+            bool flag = true;
+            EXPECT_TRUE(b.engine.getFreqOffsetFlag(b.port, flag));
+            EXPECT_FALSE(flag);
+            EXPECT_TRUE(b.engine.setFreqOffsetFlag(b.port, true));
+            EXPECT_TRUE(b.engine.getFreqOffsetFlag(b.port, flag));
+            EXPECT_TRUE(flag);
+            int gain = -1;
+            EXPECT_TRUE(b.engine.getTxGain(b.port, gain)); // 4660 = 0x1234: 18 above bit 8
+            EXPECT_EQ(gain, 18);
+            EXPECT_TRUE(b.engine.setTxGain(b.port, 20));
+            EXPECT_EQ(b.state().txGain, 0x1434u);
+            EXPECT_TRUE(b.engine.getTxGain(b.port, gain));
+            EXPECT_EQ(gain, 20);
+            EXPECT_TRUE(b.engine.setTxGainFlag(b.port, true));
+            EXPECT_TRUE(b.engine.getTxGainFlag(b.port, flag));
+            EXPECT_TRUE(flag);
+            EXPECT_TRUE(b.engine.getFinishFlag(b.port, flag));
+            EXPECT_FALSE(flag);
+            EXPECT_TRUE(b.engine.setFinishFlag(b.port, true));
+            EXPECT_TRUE(b.engine.getFinishFlag(b.port, flag));
+            EXPECT_TRUE(flag);
+            EXPECT_TRUE(b.engine.setFinishFlag(b.port, false));
+            const State s = b.state();
+            EXPECT_TRUE(s.freqOffsetFlag && s.txGainFlag && !s.finishFlag);
+            EXPECT_EQ(
+                b.fw.lines(),
+                QStringList({"amt_get_freqoffset", "amt_set_freqoffset 4 6 1", "amt_get_freqoffset",
+                             "amt_get_freqoffset_flag", "amt_set_freqoffset_flag 1",
+                             "amt_get_freqoffset_flag", "amt_get_txgain", "amt_set_txgain 20",
+                             "amt_get_txgain", "amt_set_txgain_flag 1", "amt_get_txgain_flag",
+                             "amt_get_finish_flag", "amt_set_finish_flag 1", "amt_get_finish_flag",
+                             "amt_set_finish_flag 0"}));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // answers of the wrong shape
+            Bench b;
+            int first = -1, second = -1, third = -1, gain = -1;
+            bool flag = true;
+            b.fw.inject(Fault::replace("0x3a5,1,OK\r\n"));
+            EXPECT_FALSE(b.engine.getFreqOffset(b.port, first, second, third));
+            b.fw.inject(Fault::replace("1,1,OK\r\n"));
+            EXPECT_FALSE(b.engine.getFreqOffsetFlag(b.port, flag));
+            b.fw.inject(Fault::replace("4660 OK\r\n"));
+            EXPECT_FALSE(b.engine.getTxGain(b.port, gain));
+            b.fw.inject(Fault::replace("1 OK\r\n"));
+            EXPECT_FALSE(b.engine.getTxGainFlag(b.port, flag));
+            b.fw.inject(Fault::replace("OK\r\n"));
+            EXPECT_FALSE(b.engine.getFinishFlag(b.port, flag));
+            // More than two items is fine where the rule is "at least two".
+            b.fw.inject(Fault::replace("1,x,OK\r\n"));
+            EXPECT_TRUE(b.engine.getTxGainFlag(b.port, flag));
+            EXPECT_TRUE(flag);
+            EXPECT_EQ(first, -1);
+            EXPECT_EQ(gain, -1);
+            EXPECT_EQ(b.log.texts(),
+                      QStringList({"rsp can not split to 2 items!", "rsp can not split to 2 items!",
+                                   "GET_POWER_CAL_VAL: rsp can not slice to 2 items!",
+                                   "GET_POWER_CAL_FLAG: rsp can not slice to 2 items!",
+                                   "GET_POWER_CAL_FLAG: rsp can not slice to 2 items!"}));
+        },
+        [] { // values the firmware refuses
+            Bench b;
+            EXPECT_FALSE(b.engine.setFreqOffset(b.port, 16, 0, 0));
+            EXPECT_TRUE(b.engine.setFreqOffsetFlag(b.port, true));
+            b.fw.inject(Fault::refuse("amt_set_txgain_flag"));
+            EXPECT_FALSE(b.engine.setTxGainFlag(b.port, true));
+            EXPECT_FALSE(b.state().txGainFlag);
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] {
+            Bench b;
+            EXPECT_FALSE(b.engine.setTxGain(b.port, -1));
+            b.fw.inject(Fault::refuse("amt_set_finish_flag"));
+            EXPECT_FALSE(b.engine.setFinishFlag(b.port, true));
+            EXPECT_FALSE(b.state().finishFlag);
+        },
+        [] {
+            Bench b;
+            b.fw.inject(Fault::withhold("amt_get_txgain"));
+            int gain = -1;
+            EXPECT_FALSE(b.engine.getTxGain(b.port, gain));
+            b.fw.inject(Fault::withhold("amt_get_freqoffset_flag"));
+            bool flag = true;
+            EXPECT_FALSE(b.engine.getFreqOffsetFlag(b.port, flag));
+            EXPECT_TRUE(flag);
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+    });
+}
+
+TEST(FirmwareCommands, WifiTestLoops) {
+    inParallel({
+        [] {
+            Bench b;
+            EXPECT_TRUE(b.engine.txTest(b.port, 0, 3, 6, 0, nullptr));
+            bool asked = false;
+            EXPECT_FALSE(b.engine.txTest(b.port, 1, 7, 6, 0, [&] {
+                asked = true;
+                EXPECT_TRUE(b.fw.state().wifiTx.running); // asked while the test runs
+                return false;
+            }));
+            EXPECT_TRUE(asked);
+            EXPECT_FALSE(b.state().wifiTx.running);
+            int count = -1;
+            EXPECT_TRUE(b.engine.rxTest(
+                b.port, 6, 0,
+                [] {
+                    sleepFor(60);
+                    return true;
+                },
+                count));
+            EXPECT_GE(count, 50);
+            int gain = -1;
+            EXPECT_TRUE(b.engine.txGainTest(b.port, 7, 1, 6, 0, gain));
+            EXPECT_EQ(gain, 18);
+            EXPECT_TRUE(b.engine.txApcTest(b.port, 6, 2, 6, 0, 30, 0, 90, 3));
+            EXPECT_EQ(b.state().apcIndex, 30);
+            EXPECT_EQ(b.fw.lines(),
+                      QStringList({"amt_tx_start 0 3 6 0 0 90 3", "amt_tx_stop",
+                                   "amt_tx_start 1 7 6 0 0 90 3", "amt_tx_stop", "amt_rx_start 6 0",
+                                   "amt_rx_stop", "amt_tx_start 8 1 6 0 0 90 3", "amt_get_txgain",
+                                   "amt_tx_start 5 2 6 0 0 90 3", "amt_set_apcindex 30"}));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] {
+            Bench b;
+            EXPECT_FALSE(b.engine.txTest(b.port, 4, 0, 6, 0, nullptr));
+            b.fw.inject(Fault::refuse("amt_tx_stop"));
+            EXPECT_FALSE(b.engine.txTest(b.port, 0, 0, 6, 0, nullptr));
+            EXPECT_EQ(b.log.texts(), QStringList({"invalid wifi mode: -1, origin mode value: 4",
+                                                  "TX_TEST: start tx test failed!",
+                                                  "TX_TEST: stop tx test failed!"}));
+            EXPECT_TRUE(b.state().wifiTx.running); // left running on the board
+        },
+        [] {
+            Bench b;
+            int count = -1;
+            EXPECT_FALSE(b.engine.rxTest(b.port, 0, 0, nullptr, count));
+            b.fw.inject(Fault::refuse("amt_rx_stop"));
+            EXPECT_FALSE(b.engine.rxTest(b.port, 1, 0, nullptr, count));
+            EXPECT_EQ(count, -1);
+            EXPECT_EQ(b.log.texts(), QStringList({"RX_TEST: start rx test failed!",
+                                                  "STOP_RX: send stop cmd failed",
+                                                  "RX_TEST: stop rx test failed!"}));
+        },
+        [] {
+            Bench b;
+            int gain = -1;
+            EXPECT_FALSE(b.engine.txGainTest(b.port, 5, 0, 6, 0, gain));
+            EXPECT_FALSE(b.engine.txApcTest(b.port, 0, 0, 6, 0, 500, 0, 90, 3));
+            EXPECT_EQ(gain, -1);
+            EXPECT_EQ(b.log.texts(), QStringList({"invalid wifi mode: -1, origin mode value: 5"}));
+            EXPECT_EQ(b.fw.lines(),
+                      QStringList({"amt_tx_start 0 0 6 0 0 90 3", "amt_set_apcindex 500"}));
+        },
+    });
+}
+
+// ---- BLE RF ----
+
+TEST(FirmwareCommands, BleCommandsAndLoops) {
+    inParallel({
+        [] {
+            Bench b;
+            EXPECT_TRUE(b.engine.startBleTone(b.port, 1, 39, 2));
+            EXPECT_TRUE(b.state().bleTx.singleTone);
+            EXPECT_TRUE(b.engine.stopBleTx(b.port));
+            EXPECT_TRUE(b.engine.startBleTx(b.port, 0, 19, 0, 37, 2));
+            const State::BleTx tx = b.state().bleTx;
+            EXPECT_TRUE(tx.running && !tx.singleTone);
+            EXPECT_EQ(tx.pduLength, 37);
+            EXPECT_TRUE(b.engine.stopBleTx(b.port));
+            EXPECT_TRUE(b.engine.startBleRx(b.port, 1, 19));
+            sleepFor(80);
+            int count = -1;
+            EXPECT_TRUE(b.engine.stopBleRx(b.port, count));
+            EXPECT_GE(count, 70);
+            EXPECT_LT(count, 1200);
+            EXPECT_TRUE(b.engine.setBleDc(b.port, 0xABC));
+            EXPECT_TRUE(b.engine.setBleTxStep(b.port, -3));
+            const State s = b.state();
+            EXPECT_EQ(s.bleDcI, 0xABC);
+            EXPECT_EQ(s.bleDcQ, 0xABC);
+            EXPECT_EQ(s.bleTxStep, -3);
+            EXPECT_TRUE(b.engine.resetBle(b.port));
+            EXPECT_EQ(b.state().bleTxStep, 0);
+            EXPECT_EQ(b.wire(), QByteArray("amtBleTxToneStart 1 39 2\ramtBleTxStop\r"
+                                           "amtBleTxStart 0 19 0 37 2\ramtBleTxStop\r"
+                                           "amtBleRxStart 1 19\ramtBleRxStop\r"
+                                           "amtBleDumpDc 0xabcabc\rbletxstep -3\ramtBleReset\r"));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] {
+            Bench b;
+            int count = -1;
+            b.fw.inject(Fault::replace("57,OK\r\n"));
+            EXPECT_TRUE(b.engine.stopBleRx(b.port, count));
+            EXPECT_EQ(count, 57);
+            b.fw.inject(Fault::replace("57 OK\r\n"));
+            EXPECT_FALSE(b.engine.stopBleRx(b.port, count));
+            EXPECT_EQ(count, 57);
+            EXPECT_EQ(b.log.texts(),
+                      QStringList({"STOP_RX_TEST_BLE: rsp can not slice to 2 items!"}));
+        },
+        [] { // values the firmware refuses
+            Bench b;
+            int count = -1;
+            EXPECT_FALSE(b.engine.startBleTx(b.port, 0, 19, 0, 300, 2));
+            EXPECT_FALSE(b.engine.stopBleRx(b.port, count)); // none running
+            EXPECT_FALSE(b.state().bleTx.running);
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] {
+            Bench b;
+            EXPECT_FALSE(b.engine.startBleTone(b.port, 0, 40, 0));
+            EXPECT_FALSE(b.engine.startBleRx(b.port, 4, 0));
+            EXPECT_EQ(b.fw.lines(), QStringList({"amtBleTxToneStart 0 40 0", "amtBleRxStart 4 0"}));
+        },
+        [] {
+            Bench b;
+            EXPECT_FALSE(b.engine.setBleDc(b.port, 0x1000));
+            b.fw.inject(Fault::refuse("amtBleReset"));
+            EXPECT_FALSE(b.engine.resetBle(b.port));
+        },
+        [] {
+            Bench b;
+            b.fw.inject(Fault::refuse("bletxstep"));
+            EXPECT_FALSE(b.engine.setBleTxStep(b.port, 5));
+            b.fw.inject(Fault::refuse("amtBleTxStop"));
+            EXPECT_FALSE(b.engine.stopBleTx(b.port));
+            EXPECT_EQ(b.state().bleTxStep, 0);
+        },
+        [] {
+            Bench b;
+            EXPECT_TRUE(b.engine.bleTxTest(b.port, 0, 19, 0, 37, 2, nullptr));
+            EXPECT_FALSE(b.engine.bleTxTest(b.port, 1, 20, 7, 255, 0, [] { return false; }));
+            EXPECT_FALSE(b.state().bleTx.running);
+            int count = -1;
+            EXPECT_TRUE(b.engine.bleRxTest(
+                b.port, 0, 19,
+                [] {
+                    sleepFor(40);
+                    return true;
+                },
+                count));
+            EXPECT_GE(count, 30);
+            EXPECT_EQ(b.fw.lines(), QStringList({"amtBleTxStart 0 19 0 37 2", "amtBleTxStop",
+                                                 "amtBleTxStart 1 20 7 255 0", "amtBleTxStop",
+                                                 "amtBleRxStart 0 19", "amtBleRxStop"}));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] {
+            Bench b;
+            EXPECT_FALSE(b.engine.bleTxTest(b.port, 0, 41, 0, 37, 2, nullptr));
+            b.fw.inject(Fault::refuse("amtBleTxStop"));
+            EXPECT_FALSE(b.engine.bleTxTest(b.port, 0, 19, 0, 37, 2, nullptr));
+            EXPECT_EQ(b.log.texts(), QStringList({"TX_TEST_BLE: start tx test failed!",
+                                                  "TX_TEST_BLE: stop tx test failed!"}));
+        },
+        [] {
+            Bench b;
+            int count = -1;
+            EXPECT_FALSE(b.engine.bleRxTest(b.port, 0, 41, nullptr, count));
+            b.fw.inject(Fault::replace("57 OK\r\n", "amtBleRxStop"));
+            EXPECT_FALSE(b.engine.bleRxTest(b.port, 0, 19, nullptr, count));
+            EXPECT_EQ(count, -1);
+            EXPECT_EQ(b.log.texts(), QStringList({"RX_TEST_BLE: start rx test failed!",
+                                                  "STOP_RX_TEST_BLE: rsp can not slice to 2 items!",
+                                                  "RX_TEST_BLE: stop rx test failed!"}));
+        },
+    });
+}
+
+// ---- Production commands of the QZ4410 ----
+
+TEST(FirmwareCommands, ProductionMeasurementMacsAndSigns) {
+    inParallel({
+        [] {
+            Bench4410 b;
+            b.fw.change([](State& s) { s.dutLost = 125; });
+            float sigRate = -1, dutRate = -1, rssi = 0, dutRssi = 0;
+            Timer t;
+            EXPECT_TRUE(b.engine.measureSignal(b.port, 250, sigRate, dutRate, rssi, dutRssi, 30));
+            EXPECT_GE(t.ms(), 30);
+            EXPECT_FLOAT_EQ(sigRate, 100.0f); // 250 of 250
+            EXPECT_FLOAT_EQ(dutRate, 50.0f);  // 125 of 250
+            EXPECT_FLOAT_EQ(rssi, -55.0f);    // 200 - 255
+            EXPECT_FLOAT_EQ(dutRssi, -65.0f); // 190 - 255
+            EXPECT_EQ(b.wire(), QByteArray("sigdsend 250\r"));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] {
+            Bench4410 b;
+            float sig = 0, dut = 0, rssi = 0, dutRssi = 0;
+            b.fw.inject(Fault::replace("DUTR:1,SIGR:2,RSSI:3,DUT_RSSI:4,\r\n"));
+            EXPECT_FALSE(b.engine.measureSignal(b.port, 10, sig, dut, rssi, dutRssi, 0));
+            b.fw.inject(Fault::refuse("sigdsend"));
+            EXPECT_FALSE(b.engine.measureSignal(b.port, 10, sig, dut, rssi, dutRssi, 0));
+            b.fw.inject(Fault::withhold("sigdsend"));
+            EXPECT_FALSE(b.engine.measureSignal(b.port, 10, sig, dut, rssi, dutRssi, 0));
+            ComPort closed;
+            EXPECT_FALSE(b.engine.measureSignal(closed, 10, sig, dut, rssi, dutRssi, 0));
+            EXPECT_EQ(
+                b.log.texts(),
+                QStringList({"SIG_MEAS: recv data error: DUTR:1,SIGR:2,RSSI:3,DUT_RSSI:4,\r\n!",
+                             "SIG_MEAS: can not find DUTR word!", "SIG_MEAS: recv rsp timeout!",
+                             "SIG_MEAS: send req failed!"}));
+            EXPECT_EQ(sig, 0.0f);
+        },
+        [] {
+            Bench4410 b;
+            b.fw.change([](State& s) {
+                s.macs[0] = "02:00:00:00:00:0a";
+                s.macs[1] = "A0:B1:C2:D3:E4:F5";
+            });
+            QString mac;
+            EXPECT_TRUE(b.engine.getMacOtp(b.port, mac));
+            EXPECT_EQ(mac, "A0:B1:C2:D3:E4:F5");
+            EXPECT_TRUE(b.engine.getMacAmt(b.port, mac));
+            EXPECT_EQ(mac, "02:00:00:00:00:0a");
+            EXPECT_EQ(b.wire(), QByteArray("get_mac 1\rget_mac 0\r"));
+            // The MAC must have a byte behind it.
+            b.fw.inject(Fault::replace("OTP MAC:A0:B1:C2:D3:E4:F5"));
+            EXPECT_FALSE(b.engine.getMacOtp(b.port, mac));
+            b.fw.change([](State& s) { s.macs.erase(0); });
+            EXPECT_FALSE(b.engine.getMacAmt(b.port, mac));
+            EXPECT_EQ(mac, "02:00:00:00:00:0a");
+            EXPECT_EQ(b.log.texts(), QStringList({"GET_MAC_OTP: rsp length is small than wanna!",
+                                                  "GET_MAC_AMT: match mac failed！!"}));
+        },
+        [] {
+            Bench4410 b;
+            QString mac;
+            b.fw.inject(Fault::withhold("get_mac"));
+            EXPECT_FALSE(b.engine.getMacAmt(b.port, mac));
+            ComPort closed;
+            EXPECT_FALSE(b.engine.getMacOtp(closed, mac));
+            EXPECT_EQ(b.log.texts(), QStringList({"GET_MAC_AMT: recv rsp timeout!",
+                                                  "GET_MAC_OTP:  write at cmd failed!"}));
+        },
+        [] { // the test sign, as on the QZ4420
+            Bench4410 b;
+            QString sign;
+            EXPECT_TRUE(b.engine.getTestSign(b.port, sign));
+            EXPECT_EQ(sign, "0000000000");
+            EXPECT_TRUE(b.engine.setStationSign(b.port, 2, 1));
+            EXPECT_EQ(b.state().nv[State::Amt].at("TEST_SIGN"), "0010000000");
+            int st = -1;
+            EXPECT_TRUE(b.engine.getStationSign(b.port, 2, st));
+            EXPECT_EQ(st, 1);
+            EXPECT_TRUE(b.engine.setTestSign(b.port, "2x"));
+            EXPECT_TRUE(b.engine.getStationSign(b.port, 1, st));
+            EXPECT_EQ(st, 3);
+            EXPECT_FALSE(b.engine.setStationSign(b.port, 0, 5));
+            EXPECT_EQ(b.state().nv[State::Amt].at("TEST_SIGN"), "2x");
+            EXPECT_EQ(b.log.texts(),
+                      QStringList({QStringLiteral("SET_ST_SIGN: invalid test sign: ") + QChar(5)}));
+            EXPECT_EQ(b.fw.lines(),
+                      QStringList({"nvgamt TEST_SIGN", "nvgamt TEST_SIGN",
+                                   "nvsamt TEST_SIGN 0010000000", "nvgamt TEST_SIGN",
+                                   "nvsamt TEST_SIGN 2x", "nvgamt TEST_SIGN", "nvgamt TEST_SIGN"}));
+        },
+        [] {
+            Bench4410 b;
+            int st = -1;
+            QString sign = "kept";
+            b.fw.inject(Fault::withhold("nvgamt"));
+            EXPECT_FALSE(b.engine.getStationSign(b.port, 0, st));
+            b.fw.inject(Fault::replace("value:[01\r\n", "nvgamt"));
+            EXPECT_FALSE(b.engine.setStationSign(b.port, 0, 1));
+            b.fw.inject(Fault::withhold("nvsamt"));
+            EXPECT_FALSE(b.engine.setTestSign(b.port, "1"));
+            EXPECT_EQ(sign, "kept");
+            EXPECT_EQ(b.log.texts(), QStringList({"GET_TEST_SIGN: recv rsp timeout!",
+                                                  "GET_ST_SIGN:  get test sign failed",
+                                                  "GET_TEST_SIGN: match value failed!",
+                                                  "SET_ST_SIGN:  get test sign failed",
+                                                  "SET_TEST_SIGN: recv rsp timeout!"}));
+        },
+        [] { // the exchange of this engine, and its plain timed read
+            Bench4410 b;
+            EXPECT_TRUE(b.engine.sendConfirmed(b.port, "amtBleReset", "OK", 500));
+            EXPECT_FALSE(b.engine.sendConfirmed(b.port, "amtBleReset", "SUCCESS", 300));
+            EXPECT_EQ(b.log.texts(),
+                      QStringList({"SND_AT_CFM: send cmd and wait rsp failed: cmd: amtBleReset, "
+                                   "rspMatch: SUCCESS"}));
+            EXPECT_FALSE(b.engine.drainTimed(b.port, 50, 0));
+            b.fw.sendText(kBanner, 20);
+            EXPECT_TRUE(b.engine.drainTimed(b.port, 500, 30));
+            EXPECT_FALSE(b.engine.drainTimed(b.port, 50, 0)); // it took all of it
+        },
+    });
+}
+
+TEST(FirmwareCommands, ProductionCalibrationAndPhyTests) {
+    inParallel({
+        [] {
+            Bench4410 b;
+            QString value;
+            EXPECT_TRUE(b.engine.calibrateFreqOffset(b.port, 2, 5, 6, 1, 2, value));
+            EXPECT_EQ(value, "27\r\n"); // all between the word and "OK"
+            EXPECT_TRUE(b.engine.saveFreqOffset(b.port, "27"));
+            EXPECT_TRUE(b.engine.saveFreqOffsetFlag(b.port, true));
+            EXPECT_TRUE(b.engine.calibrateTxPower(b.port, 1, 6, value));
+            EXPECT_EQ(value, "00002a2a");
+            EXPECT_TRUE(b.engine.saveTxPower(b.port, 1, 6, value));
+            EXPECT_TRUE(b.engine.saveTxPowerFlag(b.port, false));
+            EXPECT_TRUE(b.engine.saveCalibrationFlag(b.port, true));
+            EXPECT_EQ(b.state().nv[State::Amt],
+                      (std::map<QString, QString>{{"CALIBRATION", "1"},
+                                                  {"FREQOFFSET", "27"},
+                                                  {"FREQOFFSET_FLAG", "1"},
+                                                  {"TXPOWER_FLAG", "0"},
+                                                  {"TXPOWER_NONHTCH6", "00002a2a"}}));
+            EXPECT_EQ(b.wire(), QByteArray("amt_phy_tx_freqoffset_test 6 1 3 5 15 1 2\r"
+                                           "nvsamt FREQOFFSET 27\r"
+                                           "amt_nv_set FREQOFFSET_FLAG 1\r"
+                                           "amt_txpower_cal 6 0\r"
+                                           "nvsamt TXPOWER_NONHTCH6 00002a2a\r"
+                                           "amt_nv_set TXPOWER_FLAG 0\r"
+                                           "amt_nv_set CALIBRATION 1\r"));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // an answer cut behind its word, and a blank power field
+            Bench4410 b;
+            QString value = "kept";
+            b.fw.inject(Fault::split({15}, 100, "amt_phy_tx_freqoffset_test"));
+            EXPECT_FALSE(b.engine.calibrateFreqOffset(b.port, 0, 3, 1, 0, 0, value));
+            b.port.drainFor(200); // the "OK" that came late
+            b.fw.inject(Fault::split({16}, 100, "amt_txpower_cal"));
+            EXPECT_FALSE(b.engine.calibrateTxPower(b.port, 0, 1, value));
+            b.port.drainFor(200);
+            b.fw.inject(Fault::replace("txpower:        \r\nOK\r\n"));
+            EXPECT_FALSE(b.engine.calibrateTxPower(b.port, 0, 1, value));
+            EXPECT_EQ(value, "kept");
+            EXPECT_EQ(b.log.texts(), QStringList({"SET_FREQ_CALV: can not find OK sign!",
+                                                  "SET_POWER_CALV: can not find OK sign!",
+                                                  "获取到寄存器的值为空!"}));
+            EXPECT_EQ(b.fw.lines(), QStringList({"amt_phy_tx_freqoffset_test 1 0 1 3 7 1 0",
+                                                 "amt_txpower_cal 1 1", "amt_txpower_cal 1 1"}));
+        },
+        [] { // a mode without a firmware number goes out as -1 and is refused
+            Bench4410 b;
+            QString value = "kept";
+            Timer t;
+            EXPECT_FALSE(b.engine.calibrateFreqOffset(b.port, 5, 3, 1, 0, 0, value));
+            EXPECT_FULL_WAIT(t, 500);
+            Timer t2;
+            EXPECT_FALSE(b.engine.calibrateTxPower(b.port, 5, 1, value));
+            EXPECT_FULL_WAIT(t2, 2000);
+            EXPECT_EQ(value, "kept");
+            EXPECT_EQ(b.log.texts(), QStringList({"SET_FREQ_CALV: send cmd failed!",
+                                                  "SET_POWER_CALV: send cmd failed!"}));
+            EXPECT_EQ(b.fw.lines(), QStringList({"amt_phy_tx_freqoffset_test 1 0 -1 3 -1 1 0",
+                                                 "amt_txpower_cal 1 -1"}));
+        },
+        [] { // NV keys: "OK" for nvsamt, waited for three seconds
+            Bench4410 b;
+            b.fw.inject(Fault::refuse("nvsamt"));
+            Timer t;
+            EXPECT_FALSE(b.engine.saveFreqOffset(b.port, "27"));
+            EXPECT_FULL_WAIT(t, 3000);
+            EXPECT_EQ(b.log.texts(), QStringList({"WR_AMT_KEY: send cmd failed!"}));
+            EXPECT_TRUE(b.state().nv[State::Amt].empty());
+        },
+        [] { // ... and "SUCCESS" for amt_nv_set
+            Bench4410 b;
+            b.fw.inject(Fault::refuse("amt_nv_set"));
+            EXPECT_FALSE(b.engine.writeAmtNvKey(b.port, "SN", "42"));
+            EXPECT_EQ(b.log.texts(), QStringList({"WR_AMT_NV_KEY: send cmd failed!"}));
+            EXPECT_TRUE(b.state().nv[State::Amt].empty());
+            EXPECT_TRUE(b.engine.writeAmtNvKey(b.port, "SN", "42 43"));
+            EXPECT_EQ(b.state().nv[State::Amt].at("SN"), "42 43");
+            EXPECT_EQ(b.wire(), QByteArray("amt_nv_set SN 42\ramt_nv_set SN 42 43\r"));
+        },
+        [] { // a lost answer: the key is written all the same
+            Bench4410 b;
+            b.fw.inject(Fault::withhold("amt_nv_set"));
+            Timer t;
+            EXPECT_FALSE(b.engine.saveCalibrationFlag(b.port, false));
+            EXPECT_FULL_WAIT(t, 3000);
+            EXPECT_EQ(b.state().nv[State::Amt].at("CALIBRATION"), "0");
+            EXPECT_TRUE(b.engine.saveTxPower(b.port, 2, 11, "x"));
+            EXPECT_EQ(b.state().nv[State::Amt].at("TXPOWER_HTCH11"), "x");
+            EXPECT_EQ(b.log.texts(), QStringList({"WR_AMT_NV_KEY: send cmd failed!"}));
+        },
+        [] { // "resystem": "success" in lower case, then the firmware starts again
+            Bench4410 b;
+            b.fw.change([](State& s) { s.nv[State::Amt]["A"] = "1"; });
+            EXPECT_TRUE(b.engine.restartSystem(b.port));
+            EXPECT_EQ(b.fw.starts(), 2);
+            EXPECT_EQ(b.state().nv[State::Amt].at("A"), "1");
+            EXPECT_EQ(b.wire(), QByteArray("resystem\r"));
+            b.port.drainFor(200); // the banner of the fresh start
+            b.fw.inject(Fault::refuse("resystem"));
+            Timer t;
+            EXPECT_FALSE(b.engine.restartSystem(b.port));
+            EXPECT_FULL_WAIT(t, 3000);
+            EXPECT_EQ(b.log.texts(),
+                      QStringList({"SND_AT_CFM: send cmd and wait rsp failed: cmd: resystem, "
+                                   "rspMatch: success"}));
+        },
+        [] {
+            Bench4410 b;
+            EXPECT_TRUE(b.engine.setRfBandwidth(b.port, 1));
+            EXPECT_EQ(b.state().rfBandwidth, 1);
+            EXPECT_TRUE(b.engine.startPhyTx(b.port, 0, 3, 6, 0, 7));
+            EXPECT_TRUE(b.state().phyTx);
+            EXPECT_EQ(b.state().phyTxArgs, std::vector<int>({6, 0, 1, 3, 7, 1}));
+            EXPECT_TRUE(b.engine.startPhyTxAuto(b.port, 2, 7, 6, 1));
+            EXPECT_TRUE(b.engine.startPhyTxAuto(b.port, 1, 7, 6, 0));
+            EXPECT_TRUE(b.engine.startPhyTxFixed(b.port));
+            EXPECT_FALSE(b.state().phyTx);
+            EXPECT_TRUE(b.engine.startPhyRx(b.port, 6, 0));
+            sleepFor(60);
+            int count = -1;
+            EXPECT_TRUE(b.engine.stopPhyRx(b.port, 6, count));
+            EXPECT_GE(count, 50);
+            EXPECT_LT(count, 1200);
+            b.fw.inject(Fault::replace("reccount 1500 end\r\nOK\r\n"));
+            EXPECT_TRUE(b.engine.stopPhyRx(b.port, 6, count));
+            EXPECT_EQ(count, 1500);
+            EXPECT_EQ(b.fw.lines(),
+                      QStringList({"rf bw_set 1", "rf bw_set 0", "amt_phy_tx_test 6 0 1 3 7 1",
+                                   "rf bw_set 1", "amt_phy_tx_test 6 1 3 7 15 1", "rf bw_set 0",
+                                   "amt_phy_tx_test 6 0 0 7 7 1", "amt_phy_tx_test 1 0 1 1 1 0",
+                                   "rf bw_set 0", "amt_phy_rx_test 6 1", "amt_phy_rx_test 6 0",
+                                   "amt_phy_rx_test 6 0"}));
+            EXPECT_TRUE(b.log.texts().isEmpty());
+        },
+        [] { // refusals: each logs the command and the word it waited for
+            Bench4410 b;
+            EXPECT_FALSE(b.engine.setRfBandwidth(b.port, 2));
+            EXPECT_FALSE(b.engine.startPhyTx(b.port, 5, 3, 6, 0, 7));
+            EXPECT_FALSE(b.engine.startPhyRx(b.port, 15, 0));
+            EXPECT_EQ(b.log.texts(),
+                      QStringList({"SND_AT_CFM: send cmd and wait rsp failed: cmd: rf bw_set 2, "
+                                   "rspMatch: OK",
+                                   "SND_AT_CFM: send cmd and wait rsp failed: cmd: amt_phy_tx_test "
+                                   "6 0 -1 3 7 1, rspMatch: OK",
+                                   "SND_AT_CFM: send cmd and wait rsp failed: cmd: amt_phy_rx_test "
+                                   "15 1, rspMatch: reccount"}));
+        },
+        [] {
+            Bench4410 b;
+            b.fw.inject(Fault::refuse("rf"));
+            EXPECT_FALSE(b.engine.startPhyTxAuto(b.port, 0, 1, 6, 0));
+            EXPECT_EQ(b.fw.lines(), QStringList({"rf bw_set 0"})); // nothing behind the refusal
+            b.fw.inject(Fault::refuse("amt_phy_tx_test"));
+            EXPECT_FALSE(b.engine.startPhyTxFixed(b.port));
+            EXPECT_EQ(b.log.texts().size(), 2);
+        },
+        [] {
+            Bench4410 b;
+            int count = -1;
+            Timer t;
+            EXPECT_FALSE(b.engine.stopPhyRx(b.port, 6, count)); // none running
+            EXPECT_FULL_WAIT(t, 2000);
+            b.fw.inject(Fault::replace("reccount 12\r\nOK\r\n"));
+            EXPECT_FALSE(b.engine.stopPhyRx(b.port, 6, count));
+            EXPECT_EQ(count, -1);
+            EXPECT_EQ(b.log.texts(), QStringList({"STOP_RX: can not find [reccount]!",
+                                                  "STOP_RX: can not find reccount or end sign!"}));
+        },
+    });
+}
+
+// ---- Every command of the QZ4420 refused once ----
+
+TEST(FirmwareCommands, EveryCommandFailsOnARefusal) {
+    // Each call with the firmware's answer to its line refused: false after the full wait, the
+    // one line on the wire, and only the lines the engine names for that failure.
+    struct Case {
+        QString line;
+        std::function<bool(Bench&)> call;
+        QStringList log = {};
+        int limitMs = 500;
+    };
+    const std::vector<Case> cases = {
+        {"amtBleReset",
+         [](Bench& b) { return b.engine.sendCmd(b.port, "amtBleReset", "OK", 500); }},
+        {"amt_start 1", [](Bench& b) { return b.engine.switchVersion(b.port, 1); }, {}, 560},
+        {"get_version_type",
+         [](Bench& b) {
+             int s = 0;
+             return b.engine.getVersionState(b.port, s);
+         }},
+        {"echoclose 0", [](Bench& b) { return b.engine.setEcho(b.port, false, 0); }},
+        {"amt_set_mac 0 02:00:00:00:00:01",
+         [](Bench& b) { return b.engine.setMac(b.port, 0, "02:00:00:00:00:01"); }},
+        {"amt_get_mac",
+         [](Bench& b) {
+             QString m;
+             return b.engine.getMac(b.port, m);
+         }},
+        {"cnvs k v", [](Bench& b) { return b.engine.setNv(b.port, 3, "k", "v"); }},
+        {"dnvg k",
+         [](Bench& b) {
+             QString v;
+             return b.engine.getNv(b.port, 2, "k", v);
+         }},
+        {"anvd k", [](Bench& b) { return b.engine.removeNv(b.port, 1, "k"); }},
+        {"amt_set 0x10 0x1", [](Bench& b) { return b.engine.setRegister(b.port, 0x10, 1); }},
+        {"amt_get 0x10",
+         [](Bench& b) {
+             unsigned v = 0;
+             return b.engine.getRegister(b.port, 0x10, v);
+         }},
+        {"amt_set 0x203174 0x5006",
+         [](Bench& b) { return b.engine.setDcCalRegister(b.port, 5, 6); }},
+        {"efuse read 0x20 4",
+         [](Bench& b) {
+             unsigned v = 0;
+             return b.engine.readEfuseState(b.port, v);
+         }},
+        {"efuse read 0x20 4",
+         [](Bench& b) {
+             EfuseState st;
+             return b.engine.getEfuseState(b.port, st);
+         }},
+        {"efuse read 0x20 4", [](Bench& b) { return b.engine.writeStateBit(b.port, 5, true); }},
+        {"efuse write 0x20 0x00000010 0xffffffef",
+         [](Bench& b) { return b.engine.writeEfuseState(b.port, 0x10); }},
+        {"efuse write 0x30 0x00000007 0xfffffff8",
+         [](Bench& b) {
+             return b.engine.writeEfuseWords(b.port, 0x30, {7, 8});
+         }},
+        {"efuse read 0x24 16",
+         [](Bench& b) {
+             QList<unsigned> words;
+             return b.engine.readAesKey(b.port, words);
+         }},
+        {"efuse read 0x34 32",
+         [](Bench& b) {
+             QList<unsigned> words;
+             return b.engine.readEccKey(b.port, words);
+         }},
+        {"efuse read 0x54 44",
+         [](Bench& b) {
+             QList<unsigned> words;
+             return b.engine.readReservedArea(b.port, words);
+         }},
+        {"efuse write 0x24 0x00000001 0xfffffffe",
+         [](Bench& b) {
+             return b.engine.writeAesKey(b.port, {1, 2});
+         }},
+        {"efuse write 0x34 0x00000001 0xfffffffe",
+         [](Bench& b) { return b.engine.writeEccKey(b.port, {1}); }},
+        {"efuse write 0x54 0x00000001 0xfffffffe",
+         [](Bench& b) { return b.engine.writeReservedArea(b.port, {1}); }},
+        {"amt_tx_start 1 0 1 0 0 90 3",
+         [](Bench& b) { return b.engine.startTx(b.port, 1, 0, 1, 0, 0, 90, 3); }},
+        {"amt_tx_stop", [](Bench& b) { return b.engine.stopTx(b.port); }},
+        {"amt_rx_start 1 0", [](Bench& b) { return b.engine.startRx(b.port, 1, 0); }},
+        {"amt_tx_1M", [](Bench& b) { return b.engine.startSingleTone(b.port); }},
+        {"amt_tx_dc 0x1001", [](Bench& b) { return b.engine.setDcValue(b.port, 1); }},
+        {"amt_set_cfo 1 2", [](Bench& b) { return b.engine.setCfo(b.port, 1, 2); }},
+        {"amt_set_pa_bias 3", [](Bench& b) { return b.engine.setPaBias(b.port, 3); }},
+        {"amt_get_freqoffset",
+         [](Bench& b) {
+             int x = 0, y = 0, z = 0;
+             return b.engine.getFreqOffset(b.port, x, y, z);
+         }},
+        {"amt_set_freqoffset 1 2 3",
+         [](Bench& b) { return b.engine.setFreqOffset(b.port, 1, 2, 3); }},
+        {"amt_get_freqoffset_flag",
+         [](Bench& b) {
+             bool f = false;
+             return b.engine.getFreqOffsetFlag(b.port, f);
+         }},
+        {"amt_set_freqoffset_flag 0",
+         [](Bench& b) { return b.engine.setFreqOffsetFlag(b.port, false); }},
+        {"amt_get_txgain",
+         [](Bench& b) {
+             int g = 0;
+             return b.engine.getTxGain(b.port, g);
+         }},
+        {"amt_set_txgain 9", [](Bench& b) { return b.engine.setTxGain(b.port, 9); }},
+        {"amt_get_txgain_flag",
+         [](Bench& b) {
+             bool f = false;
+             return b.engine.getTxGainFlag(b.port, f);
+         }},
+        {"amt_set_txgain_flag 0", [](Bench& b) { return b.engine.setTxGainFlag(b.port, false); }},
+        {"amt_get_finish_flag",
+         [](Bench& b) {
+             bool f = false;
+             return b.engine.getFinishFlag(b.port, f);
+         }},
+        {"amtBleTxToneStart 0 0 0",
+         [](Bench& b) { return b.engine.startBleTone(b.port, 0, 0, 0); }},
+        {"amtBleTxStart 0 0 0 0 0",
+         [](Bench& b) { return b.engine.startBleTx(b.port, 0, 0, 0, 0, 0); }},
+        {"amtBleRxStart 0 0", [](Bench& b) { return b.engine.startBleRx(b.port, 0, 0); }},
+        {"amtBleRxStop",
+         [](Bench& b) {
+             int c = 0;
+             return b.engine.stopBleRx(b.port, c);
+         }},
+        {"amtBleDumpDc 0x1001", [](Bench& b) { return b.engine.setBleDc(b.port, 1); }},
+        {"amt_tx_start 0 0 6 0 0 90 3",
+         [](Bench& b) {
+             int g = 0;
+             return b.engine.txGainTest(b.port, 0, 0, 6, 0, g);
+         }},
+    };
+    std::vector<std::function<void()>> checks;
+    for (const Case& c : cases) {
+        checks.push_back([c] {
+            Bench b;
+            b.fw.inject(Fault::refuse(c.line));
+            Timer t;
+            EXPECT_FALSE(c.call(b)) << c.line.toStdString();
+            EXPECT_FULL_WAIT(t, c.limitMs);
+            EXPECT_EQ(b.fw.lines(), QStringList({c.line}));
+            EXPECT_EQ(b.log.texts(), c.log);
+            EXPECT_EQ(b.fw.pendingFaults(), 0);
+        });
+    }
+    inParallel(checks);
+}
