@@ -7,6 +7,7 @@
 #include "host/HostTextFiles.h"
 #include "host/PluginHost.h"
 #include "shell/PluginUIBase.h"
+#include "shell/SysLogLevel.h"
 
 #include <QAction>
 #include <QApplication>
@@ -20,6 +21,7 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -34,6 +36,20 @@ void showAbout(PluginUIBase* window) {
     box.setTextFormat(Qt::RichText);
     box.setText(window->versionLog());
     box.exec();
+}
+
+// The host knows the window only as a PluginUIBase; the log entry is reached through the
+// window's meta-object, as the plug-in's own code is not linked into the host.
+void logDemoLines(PluginUIBase* window) {
+    const std::pair<SYS_LOG_LEVEL, const char*> lines[] = {
+        {SYS_LOG_ERROR, "DL_TRUNK: no reply to block 3 of app.bin"},
+        {SYS_LOG_WARN, "CHG_BAUD: board answered late, keeping 115200"},
+        {SYS_LOG_INFO, "Download finished: 3 files, 1048576 bytes"},
+    };
+    for (const auto& line : lines)
+        QMetaObject::invokeMethod(window, "addTestLog", Qt::DirectConnection,
+                                  Q_ARG(SYS_LOG_LEVEL, line.first),
+                                  Q_ARG(QString, QString::fromLatin1(line.second)));
 }
 
 } // namespace
@@ -55,7 +71,12 @@ int main(int argc, char** argv) {
     QCommandLineOption quitAfter(QStringLiteral("quit-after"),
                                  QStringLiteral("Quit after this many milliseconds."),
                                  QStringLiteral("ms"));
-    parser.addOptions({lang, plugin, screenshot, quitAfter});
+    // Not in the help: writes one process log line of each level after start, so that a
+    // screenshot shows how the levels look.
+    QCommandLineOption demoLog(QStringLiteral("demo-log"),
+                               QStringLiteral("Log one line of each level after start."));
+    demoLog.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOptions({lang, plugin, screenshot, quitAfter, demoLog});
     parser.process(app);
 
     QString language = parser.value(lang);
@@ -89,6 +110,9 @@ int main(int argc, char** argv) {
         std::printf("%s: %s\n", qPrintable(window->pluginTitle()), qPrintable(labels.join(" | ")));
         std::fflush(stdout);
     }
+
+    if (parser.isSet(demoLog))
+        logDemoLines(window);
 
     if (parser.isSet(screenshot)) {
         const QString file = parser.value(screenshot);

@@ -1,6 +1,7 @@
 #include "kit/SysMainWindow.h"
 
-#include <QMessageBox>
+#include "kit/SysMessageBox.h"
+
 #include <QStatusBar>
 
 #include <cstdarg>
@@ -35,7 +36,7 @@ void SysMainWindow::showError(const char* format, ...) {
     va_start(args, format);
     const QString text = QString::vasprintf(format, args);
     va_end(args);
-    QMessageBox::critical(nullptr, windowTitle(), text, QStringLiteral("确定"));
+    SysMessageBox::exec(SysMessageBox::Error, windowTitle(), text);
 }
 
 void SysMainWindow::showInfo(const char* format, ...) {
@@ -43,5 +44,5 @@ void SysMainWindow::showInfo(const char* format, ...) {
     va_start(args, format);
     const QString text = QString::vasprintf(format, args);
     va_end(args);
-    QMessageBox::information(nullptr, windowTitle(), text, QStringLiteral("确定"));
+    SysMessageBox::exec(SysMessageBox::Info, windowTitle(), text);
 }

@@ -14,12 +14,9 @@ constexpr int kSyncWindowMs = 1000;
 constexpr uint8_t kSyncRomRaw = 1;
 constexpr uint8_t kSyncFrames = 51;
 
-QString text(const char* key) {
-    return MainWindow::text(QString::fromLatin1(key));
-}
-
-template <typename... Args> QString fill(const char* key, Args... args) {
-    return QString::asprintf(text(key).toStdString().c_str(), args...);
+// A word of the host filled like every logged line: conversions take args, "%%" gives "%".
+template <typename... Args> QString line(const char* key, Args... args) {
+    return MainWindow::formatText(key, args...);
 }
 
 } // namespace
@@ -53,15 +50,15 @@ void DownloadRun::run() {
         finish();
     }
     if (ok)
-        logInfo(text("download/dlTab/download/success"));
+        logInfo(line("download/dlTab/download/success"));
     else
-        logError(text("download/dlTab/download/failed"));
+        logError(line("download/dlTab/download/failed"));
     session_->sendMsg(1, settings_.runMode);
 }
 
 bool DownloadRun::prepare() {
     if (settings_.portNumber < 0) {
-        logError(text("download/dlTab/pleaseSelectPort"));
+        logError(line("download/dlTab/pleaseSelectPort"));
         return false;
     }
     session_->engine.setBlockSize(settings_.bigBlock ? 4096 : 1024);
@@ -69,7 +66,7 @@ bool DownloadRun::prepare() {
         return false;
     const int baud = settings_.bootBaud.toInt(nullptr, 10);
     if (!session_->port.open(settings_.portNumber, baud)) {
-        logError(fill("download/dlTab/canOpenPortFmt", settings_.portNumber, baud));
+        logError(line("download/dlTab/canOpenPortFmt", settings_.portNumber, baud));
         return false;
     }
     return true;
@@ -103,12 +100,12 @@ bool DownloadRun::syncStep(AppQZ4410Imple& boot) {
     }
     boot.setLogEnabled(true);
     if (!synced)
-        logError(text("download/dlTab/syncFailed"));
+        logError(line("download/dlTab/syncFailed"));
     return synced;
 }
 
 bool DownloadRun::stubStage() {
-    logInfo(text("download/dlTab/startDownloadStub"));
+    logInfo(line("download/dlTab/startDownloadStub"));
     const QString path = settings_.stubPath;
     AppQZ4410Imple boot;
     boot.setLogProgress(true);
@@ -116,11 +113,11 @@ bool DownloadRun::stubStage() {
     if (!syncStep(boot))
         return false;
     const uint32_t address = settings_.startupAddress();
-    logInfo(fill("download/dlTab/startDownloadFileExFmt", path.toStdString().c_str()));
+    logInfo(line("download/dlTab/startDownloadFileExFmt", path.toStdString().c_str()));
     const bool ok = bootMode_ == 0 ? boot.downloadUboot(session_->port, path, address, false)
                                    : session_->engine.downloadFile(session_->port, path, address);
     if (!ok)
-        logError(fill("download/dlTab/downloadStubFileFailedFmt", path.toStdString().c_str()));
+        logError(line("download/dlTab/downloadStubFileFailedFmt", path.toStdString().c_str()));
     return ok;
 }
 
@@ -134,13 +131,13 @@ bool DownloadRun::fileStage() {
         return false;
     for (const AioEntry& entry : entries) {
         const std::string path = entry.path.toStdString();
-        logInfo(fill("download/dlTab/startDownloadFileExFmt", path.c_str()));
+        logInfo(line("download/dlTab/startDownloadFileExFmt", path.c_str()));
         DownloadItem item;
         item.startAddr = entry.startAddr;
         item.toRam = entry.toRam;
         item.path = entry.path;
         if (!session_->engine.downloadEntry(session_->port, item)) {
-            logError(fill("download/dlTab/downloadFileFailedFmt", path.c_str()));
+            logError(line("download/dlTab/downloadFileFailedFmt", path.c_str()));
             return false;
         }
     }
@@ -153,7 +150,7 @@ bool DownloadRun::aioStage() {
     QVector<AioEntry> entries;
     uint32_t stubAddr = 0;
     if (!session_->engine.parseAio(path, stub, entries, stubAddr)) {
-        logError(fill("download/dlTab/parseAllInOneFileFailedFmt", path.toStdString().c_str()));
+        logError(line("download/dlTab/parseAllInOneFileFailedFmt", path.toStdString().c_str()));
         return false;
     }
     {
@@ -163,12 +160,12 @@ bool DownloadRun::aioStage() {
         if (!syncStep(boot))
             return false;
         const ByteBuffer stubBytes(stub.constData(), stub.size());
-        logInfo(fill("download/dlTab/startDownloadFileFmt", stubBytes.size()));
+        logInfo(line("download/dlTab/startDownloadFileFmt", stubBytes.size()));
         const bool ok = bootMode_ == 0
                             ? boot.downloadUbootData(session_->port, stubBytes, stubAddr, false)
                             : session_->engine.downloadData(session_->port, stub, stubAddr);
         if (!ok) {
-            logError(fill("download/dlTab/downloadFileFailedFmt", path.toStdString().c_str()));
+            logError(line("download/dlTab/downloadFileFailedFmt", path.toStdString().c_str()));
             return false;
         }
     }
@@ -176,15 +173,15 @@ bool DownloadRun::aioStage() {
         return false;
     for (const AioEntry& entry : entries) {
         const std::string target =
-            text(entry.toRam ? "download/dlTab/toRam/yes" : "download/dlTab/toRam/no")
+            line(entry.toRam ? "download/dlTab/toRam/yes" : "download/dlTab/toRam/no")
                 .toStdString();
-        logInfo(fill("download/dlTab/startDownloadDataFmt", target.c_str(), entry.startAddr,
+        logInfo(line("download/dlTab/startDownloadDataFmt", target.c_str(), entry.startAddr,
                      entry.data.size()));
         const SysByteArray data(
             QByteArray(reinterpret_cast<const char*>(entry.data.data()), entry.data.size()));
         if (!session_->engine.downloadTrunk(session_->port, data, entry.startAddr, entry.toRam,
                                             3)) {
-            logError(text("download/dlTab/downloadFileFailed"));
+            logError(line("download/dlTab/downloadFileFailed"));
             return false;
         }
     }
@@ -194,18 +191,18 @@ bool DownloadRun::aioStage() {
 bool DownloadRun::switchBaud() {
     const int baud = settings_.dlBaud.toInt(nullptr, 10);
     if (!session_->engine.changeBaud(session_->port, uint32_t(baud))) {
-        logError(fill("download/dlTab/switchBaudrateFailedFmt", baud));
+        logError(line("download/dlTab/switchBaudrateFailedFmt", baud));
         return false;
     }
     return true;
 }
 
 bool DownloadRun::startStep() {
-    logInfo(text("download/dlTab/startupSoftVer"));
+    logInfo(line("download/dlTab/startupSoftVer"));
     if (!session_->engine.startSoftware(session_->port, settings_.startupAddress())) {
-        logError(text("download/dlTab/softverStartCmdSendFailed"));
+        logError(line("download/dlTab/softverStartCmdSendFailed"));
         return false;
     }
-    logInfo(text("download/dlTab/softverStartSuccess"));
+    logInfo(line("download/dlTab/softverStartSuccess"));
     return true;
 }

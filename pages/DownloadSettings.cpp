@@ -7,17 +7,9 @@
 
 namespace {
 
-QString text(const char* key) {
-    return MainWindow::text(QString::fromLatin1(key));
-}
-
-// Fills a page format (a word ending in Fmt) the way logError and logInfo do.
-QString fill(const char* key, const std::string& arg) {
-    return QString::asprintf(text(key).toStdString().c_str(), arg.c_str());
-}
-
-QString fill(const char* key, int arg) {
-    return QString::asprintf(text(key).toStdString().c_str(), arg);
+// A word of the host filled like every logged line: conversions take args, "%%" gives "%".
+template <typename... Args> QString line(const char* key, Args... args) {
+    return MainWindow::formatText(key, args...);
 }
 
 } // namespace
@@ -39,15 +31,15 @@ bool DownloadSettings::collectEntries(QVector<AioEntry>& out, const Log& log) co
             continue;
         const qint64 address = rowAddress(row.addr);
         if (row.path.isEmpty()) {
-            log(SYS_LOG_ERROR, fill("download/dlTab/singleFileDL/linePathEmptyFmt", i + 1));
+            log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/linePathEmptyFmt", i + 1));
             return false;
         }
         if (!QFileInfo::exists(row.path)) {
-            log(SYS_LOG_ERROR, fill("download/dlTab/singleFileDL/linePathExistFmt", i + 1));
+            log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/linePathExistFmt", i + 1));
             return false;
         }
         if (address < 0) {
-            log(SYS_LOG_ERROR, fill("download/dlTab/singleFileDL/lineAddrInvalidFmt", i + 1));
+            log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/lineAddrInvalidFmt", i + 1));
             return false;
         }
         AioEntry entry;
@@ -61,11 +53,11 @@ bool DownloadSettings::collectEntries(QVector<AioEntry>& out, const Log& log) co
 
 bool DownloadSettings::validateList(const Log& log) const {
     if (startupAddr.isEmpty()) {
-        log(SYS_LOG_ERROR, text("download/dlTab/singleFileDL/pleaseFillStartAddr"));
+        log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/pleaseFillStartAddr"));
         return false;
     }
     if (!QFileInfo::exists(stubPath) || !QFileInfo(stubPath).isFile()) {
-        log(SYS_LOG_ERROR, text("download/dlTab/singleFileDL/pleaseSelectStubFile"));
+        log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/pleaseSelectStubFile"));
         return false;
     }
     QVector<AioEntry> entries;
@@ -75,12 +67,12 @@ bool DownloadSettings::validateList(const Log& log) const {
     QSet<QString> paths;
     for (const AioEntry& entry : entries) {
         if (!QFileInfo::exists(entry.path)) {
-            log(SYS_LOG_ERROR,
-                fill("download/dlTab/singleFileDL/filePathExistFmt", entry.path.toStdString()));
+            log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/filePathExistFmt",
+                                    entry.path.toStdString().c_str()));
             return false;
         }
         if (addresses.contains(entry.startAddr) || paths.contains(entry.path)) {
-            log(SYS_LOG_ERROR, text("download/dlTab/singleFileDL/filePathOrStartAddrRepeat"));
+            log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/filePathOrStartAddrRepeat"));
             return false;
         }
         addresses.insert(entry.startAddr);

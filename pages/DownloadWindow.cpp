@@ -1,3 +1,389 @@
 #include "pages/DownloadWindow.h"
 
-DownloadWindow::DownloadWindow(QWidget* parent) : TabWinBase(parent) {}
+#include "base/PortTable.h"
+#include "kit/SysButton.h"
+#include "kit/SysCheckBox.h"
+#include "kit/SysComboBox.h"
+#include "kit/SysFileDialog.h"
+#include "kit/SysFileSelect.h"
+#include "kit/SysGroupBox.h"
+#include "kit/SysHLayout.h"
+#include "kit/SysLineEdit.h"
+#include "kit/SysSerialComboBox.h"
+#include "kit/SysStyle.h"
+#include "kit/SysTab.h"
+#include "kit/SysTable.h"
+#include "kit/SysVLayout.h"
+#include "kit/SysWidget.h"
+#include "kit/SysXmlDocument.h"
+#include "pages/DownloadRun.h"
+#include "pages/DownloadSession.h"
+#include "shell/MainWindow.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QRegExp>
+#include <QSettings>
+
+namespace {
+
+QString text(const char* key) {
+    return MainWindow::text(QString::fromLatin1(key));
+}
+
+std::string fmt(const char* key) {
+    return text(key).toStdString();
+}
+
+const char* const kTheme = "#409eff";
+
+} // namespace
+
+DownloadWindow::DownloadWindow(QWidget* parent)
+    : TabWinBase(parent), session_(std::make_shared<DownloadSession>(this)) {
+    buildSettings();
+    dlTabs = new SysTab(this);
+    addWidget(dlTabs);
+    dlTabs->addTab(buildSingleTab(), text("download/dlTab/singleFileDL"));
+    dlTabs->addTab(buildAioTab(), text("download/dlTab/allinoneFileDL"));
+    dlTabs->setCurrentIndex(1);
+    setHorizontal(false);
+    setStretchFactor(1, 1);
+    setUpRun();
+}
+
+DownloadWindow::~DownloadWindow() {
+    // A run that is still going keeps the port and engine; it no longer reaches this page.
+    session_->detach();
+    qDeleteAll(fileRows);
+}
+
+void DownloadWindow::buildSettings() {
+    settingsBox = new SysGroupBox(this, text("download/commSetting/title"));
+    addWidget(settingsBox);
+    auto* row = new SysHLayout(settingsBox);
+
+    const QList<QWidget*> portRow =
+        sysMakeSerialRow(text("download/commSetting/port"), true, settingsBox);
+    portBox = qobject_cast<SysSerialComboBox*>(portRow.at(1));
+    const QList<QWidget*> bootRow =
+        sysMakeComboRow(text("download/commSetting/bootBaud"), sysBaudRates(), settingsBox);
+    bootBaudBox = qobject_cast<SysComboBox*>(bootRow.at(1));
+    bootBaudBox->setCurrentText(QStringLiteral("115200"));
+    const QList<QWidget*> dlRow =
+        sysMakeComboRow(text("download/commSetting/dlBaud"), sysBaudRates(), settingsBox);
+    dlBaudBox = qobject_cast<SysComboBox*>(dlRow.at(1));
+    dlBaudBox->setCurrentIndex(dlBaudBox->count() - 1);
+    uartBootCheck = new SysCheckBox(settingsBox, text("download/commSetting/uartBoot"));
+    uartBootCheck->setChecked(true);
+    bigBlockCheck = new SysCheckBox(settingsBox, text("download/commSetting/useBigBlock"));
+    bigBlockCheck->setChecked(true);
+
+    for (QWidget* w : {portRow.at(0), bootRow.at(0), dlRow.at(0)})
+        row->addWidget(w);
+    row->addWidget(uartBootCheck);
+    row->addWidget(bigBlockCheck);
+}
+
+QWidget* DownloadWindow::buildAioTab() {
+    auto* tab = new SysWidget(dlTabs);
+    auto* column = new SysVLayout(tab);
+    column->setContentsMargins(0, 0, 0, 0);
+    auto* line = new SysHLayout(nullptr);
+    aioSelect = new SysFileSelect(tab, text("download/dlTab/allinoneFileDL/allinoneFilePath"),
+                                  {QStringLiteral("*.bin")});
+    aioSelect->setCaption(text("download/dlTab/allinoneFileDL/allinoneFilePath"));
+    aioSelect->setBorderColor(kTheme);
+    aioStartButton = new SysButton(tab, text("download/dlTab/allinoneFileDL/start"));
+    aioStartButton->setThemeColor(kTheme);
+    line->addWidget(aioSelect);
+    line->addWidget(aioStartButton);
+    column->addLayout(line);
+    column->addStretch(100);
+    connect(aioStartButton, &QPushButton::clicked, this, [this] { startRun(1); });
+    return tab;
+}
+
+QWidget* DownloadWindow::buildSingleTab() {
+    auto* tab = new SysWidget(dlTabs);
+    auto* column = new SysVLayout(tab);
+    column->setContentsMargins(0, 0, 0, 0);
+    auto* top = new SysHLayout(nullptr);
+
+    stubSelect = new SysFileSelect(tab, text("download/dlTab/singleFileDL/stubSel"),
+                                   {QStringLiteral("*.bin")});
+    stubSelect->setCaption(text("download/dlTab/singleFileDL/stubSel"));
+    stubSelect->setBorderColor(kTheme);
+    top->addWidget(stubSelect, 1, Qt::AlignVCenter);
+
+    const QList<QWidget*> addrRow =
+        sysMakeLineRow(text("download/dlTab/singleFileDL/startupAddr"), 0, 10, tab);
+    startupAddrEdit = qobject_cast<SysLineEdit*>(addrRow.at(1));
+    startupAddrEdit->setMinWidth(4);
+    startupAddrEdit->setMaxWidth(4);
+    startupAddrEdit->setText(QStringLiteral("0x10000"));
+    top->addWidget(addrRow.at(0));
+
+    singleStartButton = new SysButton(tab, text("download/dlTab/singleFileDL/start"));
+    singleStartButton->setThemeColor(kTheme);
+    top->addWidget(singleStartButton);
+    connect(singleStartButton, &QPushButton::clicked, this, [this] { startRun(0); });
+
+    actionBox = new SysComboBox(
+        tab, text("download/dlTab/singleFileDL/otherFunc/list").split('/', Qt::KeepEmptyParts));
+    actionBox->setPlaceholder(text("download/dlTab/singleFileDL/otherFunc"));
+    actionBox->setMinWidth(5);
+    actionBox->setMaxWidth(5);
+    top->addWidget(actionBox);
+    connect(actionBox, QOverload<int>::of(&QComboBox::activated), this, [this](int index) {
+        switch (index) {
+        case 0:
+            importSetting();
+            break;
+        case 1:
+            exportSetting();
+            break;
+        case 2:
+            clearList();
+            break;
+        case 3:
+            createAllInOne();
+            break;
+        default:
+            break;
+        }
+    });
+
+    column->addLayout(top);
+    buildFileTable(tab);
+    column->addWidget(fileTable);
+    return tab;
+}
+
+void DownloadWindow::buildFileTable(QWidget* parent) {
+    fileTable = new SysTable(
+        parent, text("download/dlTab/singleFileDL/fileList/header").split('/', Qt::KeepEmptyParts));
+    fileTable->setEditable(false);
+    fileTable->setColumnWidth(0, 150);
+    fileTable->setColumnWidth(1, 120);
+    fileTable->setColumnWidth(3, 150);
+    fileTable->flexColumns.insert(2);
+    fileTable->setSelectionBehavior(QAbstractItemView::SelectItems);
+    fileTable->setColumnAlign(0, Qt::AlignCenter);
+    fileTable->setHeaderVerticalPadding(0.25f);
+    fileTable->setItemVerticalPadding(0);
+    fileTable->setHeaderBackgroundColor(kTheme);
+    fileTable->setHeaderTextColor("#FFF");
+    fileTable->setSelectionBackgroundColor("#fff");
+
+    fileTable->ensureRow(kFileRows - 1);
+    for (int i = 0; i < kFileRows; ++i) {
+        auto* row = new FileRow;
+        row->select = new SysCheckBox(fileTable);
+        row->toRam = new SysCheckBox(fileTable);
+        row->file =
+            new SysFileSelect(fileTable, text("download/dlTab/singleFileDL/fileList/select"),
+                              {QStringLiteral("*.bin")});
+        row->file->setCaption(text("download/dlTab/singleFileDL/fileList/select"));
+        row->file->setNoBorder();
+        row->file->setRadius(0);
+        row->file->browseButton->setThemeColor(sysLighten("#C0C0C0", 0.625f));
+        row->file->browseButton->setDisabledBackgroundColor(sysLighten("#C0C0C0", 0.75f));
+        row->file->browseButton->setTextColor("#666");
+        row->file->browseButton->setDisabledTextColor("#999");
+        row->addr = new SysLineEdit(fileTable);
+        row->addr->setBorderWidth(0);
+        row->addr->setRadius(0);
+        fileTable->setCellWidgetBox(i, 0, row->select, Qt::AlignCenter);
+        fileTable->setCellWidgetBox(i, 1, row->toRam, Qt::AlignCenter);
+        fileTable->setCellWidget(i, 2, row->file);
+        fileTable->setCellWidget(i, 3, row->addr);
+        connect(row->file, &SysFileSelect::selected, this,
+                [this, row](const QString& path) { fillRowFromPath(row, path); });
+        fileRows.append(row);
+    }
+}
+
+void DownloadWindow::fillRowFromPath(FileRow* row, const QString& path) {
+    QRegExp address(QStringLiteral("(0x|0X){1,1}[a-fA-F0-9]{1,100}"));
+    if (address.indexIn(path) < 0)
+        return;
+    row->addr->setText(address.cap(0));
+    row->select->setChecked(true);
+}
+
+void DownloadWindow::setUpRun() {
+    session_->engine.setLogProgress(true);
+    session_->hookEngine(&session_->engine);
+    registerMsg(0, [this](QVariant) {
+        settingsBox->setDisabled(true);
+        dlTabs->setDisabled(true);
+    });
+    registerMsg(1, [this](QVariant) {
+        settingsBox->setDisabled(false);
+        dlTabs->setDisabled(false);
+    });
+}
+
+DownloadSettings::Log DownloadWindow::pageLog() {
+    return [this](SYS_LOG_LEVEL level, const QString& line) { addLog(level, line); };
+}
+
+int DownloadWindow::portNumber() const {
+    return PortTable::numberOf(portBox->currentText());
+}
+
+DownloadSettings DownloadWindow::settings(int mode) const {
+    DownloadSettings s;
+    s.runMode = mode;
+    s.portNumber = portNumber();
+    s.uartBoot = uartBootCheck->isChecked();
+    s.bigBlock = bigBlockCheck->isChecked();
+    s.bootBaud = bootBaudBox->currentText();
+    s.dlBaud = dlBaudBox->currentText();
+    s.startupAddr = startupAddrEdit->text();
+    s.stubPath = stubSelect->pathEdit->text();
+    s.aioPath = aioSelect->pathEdit->text();
+    for (const FileRow* row : fileRows)
+        s.rows.append({row->select->isChecked(), row->toRam->isChecked(),
+                       row->file->pathEdit->text(), row->addr->text()});
+    return s;
+}
+
+bool DownloadWindow::validateList() {
+    return settings(0).validateList(pageLog());
+}
+
+bool DownloadWindow::collectEntries(QVector<AioEntry>& out) {
+    return settings(0).collectEntries(out, pageLog());
+}
+
+void DownloadWindow::startRun(int mode) {
+    runMode = mode;
+    DownloadRun::start(session_, settings(mode));
+}
+
+void DownloadWindow::clearList() {
+    for (FileRow* row : fileRows) {
+        row->select->setChecked(false);
+        row->toRam->setChecked(false);
+        row->addr->clear();
+        row->file->clear();
+    }
+}
+
+QString DownloadWindow::settingDir() {
+    return QSettings(QStringLiteral("Mosswood"), QStringLiteral("Bramble"))
+        .value(QStringLiteral("settingDir"))
+        .toString();
+}
+
+void DownloadWindow::setSettingDir(const QString& dir) {
+    QSettings(QStringLiteral("Mosswood"), QStringLiteral("Bramble"))
+        .setValue(QStringLiteral("settingDir"), dir);
+}
+
+bool DownloadWindow::writeSetting(const QString& path) {
+    SysXmlDocument xml;
+    xml.createDocument(QStringLiteral("GBK"));
+    QDomElement root = xml.createRoot(QStringLiteral("Root"));
+    QDomElement stub = xml.createChild(root, QStringLiteral("Stub"));
+    xml.setAttribute(stub, QStringLiteral("strFile"), stubSelect->pathEdit->text());
+    xml.setAttribute(stub, QStringLiteral("startupAddr"), startupAddrEdit->text());
+    QDomElement list = xml.createChild(root, QStringLiteral("FileList"));
+    auto flag = [](bool on) { return on ? QStringLiteral("true") : QStringLiteral("false"); };
+    for (const FileRow* row : fileRows) {
+        QDomElement file = xml.createChild(list, QStringLiteral("File"));
+        xml.setAttribute(file, QStringLiteral("isSelected"), flag(row->select->isChecked()));
+        xml.setAttribute(file, QStringLiteral("isToRam"), flag(row->toRam->isChecked()));
+        xml.setAttribute(file, QStringLiteral("strFile"), row->file->pathEdit->text());
+        xml.setAttribute(file, QStringLiteral("startAddr"), row->addr->text());
+    }
+    return xml.saveAs(path);
+}
+
+void DownloadWindow::exportSetting() {
+    const QString path = SysFileDialog::getSaveFileName(this, windowTitle(), settingDir(),
+                                                        QStringLiteral("*.setting"));
+    if (path.isEmpty())
+        return;
+    setSettingDir(QFileInfo(path).absolutePath());
+    const std::string p = path.toStdString();
+    if (!writeSetting(path))
+        logError(fmt("download/dlTab/singleFileDL/saveFileFailedFmt").c_str(), p.c_str());
+    else
+        logInfo(fmt("download/dlTab/singleFileDL/exportSettingSuccessFmt").c_str(), p.c_str());
+}
+
+void DownloadWindow::importSetting() {
+    const QString path = SysFileDialog::getOpenFileName(this, windowTitle(), settingDir(),
+                                                        QStringLiteral("*.setting"));
+    if (path.isEmpty())
+        return;
+    setSettingDir(QFileInfo(path).absolutePath());
+    const std::string p = path.toStdString();
+    SysXmlDocument xml;
+    if (!xml.load(path)) {
+        logError(fmt("download/dlTab/singleFileDL/openSettingFileFailedFmt").c_str(), p.c_str());
+        return;
+    }
+    const QDomElement root = xml.root();
+    if (root.tagName() != QLatin1String("Root")) {
+        logError(fmt("download/dlTab/singleFileDL/rootNodeInvalid").c_str());
+        return;
+    }
+    const std::string badNode = fmt("download/dlTab/singleFileDL/fileNodeInvalidFmt");
+    for (QDomElement child = root.firstChildElement(); !child.isNull();
+         child = child.nextSiblingElement()) {
+        const QString name = child.tagName();
+        if (name == QLatin1String("Stub")) {
+            stubSelect->pathEdit->setText(child.attribute(QStringLiteral("strFile")));
+            startupAddrEdit->setText(child.attribute(QStringLiteral("startupAddr")));
+            continue;
+        }
+        if (name != QLatin1String("FileList")) {
+            logError(badNode.c_str(), name.toStdString().c_str());
+            return;
+        }
+        int n = 0;
+        for (QDomElement file = child.firstChildElement(); !file.isNull();
+             file = file.nextSiblingElement(), ++n) {
+            if (file.tagName() != QLatin1String("File")) {
+                logError(badNode.c_str(), file.tagName().toStdString().c_str());
+                return;
+            }
+            if (n >= fileRows.size())
+                break; // the list has its fixed rows; more entries have nowhere to go
+            FileRow* row = fileRows[n];
+            row->select->setChecked(
+                file.attribute(QStringLiteral("isSelected"), QStringLiteral("true")) ==
+                QLatin1String("true"));
+            row->toRam->setChecked(file.attribute(QStringLiteral("isToRam"),
+                                                  QStringLiteral("true")) == QLatin1String("true"));
+            row->file->pathEdit->setText(file.attribute(QStringLiteral("strFile")).trimmed());
+            row->addr->setText(file.attribute(QStringLiteral("startAddr")));
+        }
+    }
+    logInfo(fmt("download/dlTab/singleFileDL/importSettingSuccessFmt").c_str(), p.c_str());
+}
+
+void DownloadWindow::createAllInOne() {
+    if (!validateList())
+        return;
+    QVector<AioEntry> entries;
+    if (!collectEntries(entries))
+        return;
+    const QString outPath =
+        SysFileDialog::getSaveFileName(this, text("download/dlTab/singleFileDL/otherFunc/saveFile"),
+                                       QDir::currentPath(), QStringLiteral("*.bin"));
+    if (outPath.isEmpty())
+        return;
+    const uint32_t stubAddr = startupAddrEdit->text().toUInt(nullptr, 16);
+    if (session_->engine.createAio(stubSelect->pathEdit->text(), entries, outPath, stubAddr))
+        logInfo("%s",
+                fmt("download/dlTab/singleFileDL/otherFunc/createAllInOneFileSuccess").c_str());
+    else
+        logError("%s",
+                 fmt("download/dlTab/singleFileDL/otherFunc/createAllInOneFileFailed").c_str());
+}

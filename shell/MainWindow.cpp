@@ -1,7 +1,9 @@
 #include "shell/MainWindow.h"
 
 #include "kit/SysGroupBox.h"
+#include "kit/SysMenu.h"
 #include "kit/SysTab.h"
+#include "kit/SysTable.h"
 #include "kit/SysVLayout.h"
 #include "pages/BlendWindow.h"
 #include "pages/CRUDWindow.h"
@@ -10,11 +12,9 @@
 #include "shell/PluginEntry.h"
 #include "shell/VersionHistory.h"
 
-#include <QBrush>
 #include <QColor>
+#include <QCursor>
 #include <QDateTime>
-#include <QHeaderView>
-#include <QTableWidget>
 
 #include <cstdarg>
 
@@ -28,6 +28,15 @@ MainWindow* MainWindow::instance() {
 
 QString MainWindow::text(const QString& key) {
     return instance()->textService()->text(key);
+}
+
+QString MainWindow::formatText(const char* key, ...) {
+    const std::string format = text(QString::fromLatin1(key)).toStdString();
+    va_list args;
+    va_start(args, key);
+    const QString line = QString::vasprintf(format.c_str(), args);
+    va_end(args);
+    return line;
 }
 
 QString MainWindow::pluginTitle() {
@@ -58,23 +67,41 @@ void MainWindow::buildTabs() {
     tabs->addTab(new BlendWindow(tabs), text(QStringLiteral("main/tab/blend")));
 }
 
-// A plain table in the log's place until the kit's table takes it over.
+// The process log: a read-only table of time, level and text under the tabs, with the
+// export and clear entries on its context menu.
 void MainWindow::buildProcessLog() {
     auto* box = new SysGroupBox(this, text(QStringLiteral("main/procLog/title")));
     splitter_.addWidget(box);
     auto* layout = new SysVLayout(box);
-    logTable_ = new QTableWidget(box);
+    logTable_ = new SysTable(box);
     layout->addWidget(logTable_);
-    const QStringList header =
-        text(QStringLiteral("main/procLog/table/header")).split('/', Qt::KeepEmptyParts);
-    logTable_->setColumnCount(header.size());
-    logTable_->setHorizontalHeaderLabels(header);
-    logTable_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    logTable_->setHeaders(
+        text(QStringLiteral("main/procLog/table/header")).split('/', Qt::KeepEmptyParts));
+    logTable_->setEditable(false);
     logTable_->setColumnWidth(0, 250);
     logTable_->setColumnWidth(1, 100);
     logTable_->setRowCount(10);
-    logTable_->horizontalHeader()->setStretchLastSection(true);
-    logTable_->verticalHeader()->setVisible(false);
+    logTable_->setColumnAlign(0, Qt::AlignCenter);
+    logTable_->setColumnAlign(1, Qt::AlignCenter);
+    logTable_->setHeaderVerticalPadding(0.25f);
+    logTable_->setItemVerticalPadding(0.125f);
+    logTable_->setHeaderTextColor("#FFF");
+    logTable_->setHeaderBackgroundColor("#409eff");
+    logTable_->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(logTable_, &SysTable::customContextMenuRequested, this, &MainWindow::showLogMenu);
+}
+
+void MainWindow::fillLogMenu(SysMenu* menu) {
+    sysAddTableMenu(logTable_, menu, true, QStringLiteral("导出到HTML"),
+                    QStringLiteral("导出到CSV"), QStringLiteral("导出选区到HTML"),
+                    QStringLiteral("导出选区到CSV"), QStringLiteral("清空表格"));
+}
+
+// A fresh menu for each right click, gone when it closes.
+void MainWindow::showLogMenu() {
+    SysMenu menu(logTable_);
+    fillLogMenu(&menu);
+    menu.exec(QCursor::pos());
 }
 
 void MainWindow::addTestLog(SYS_LOG_LEVEL level, QString strLog) {
@@ -91,36 +118,25 @@ void MainWindow::addTestLog(SYS_LOG_LEVEL level, QString strLog) {
     emit addTestLogSig(level, strLog);
 }
 
+// Writes one line at the table's cursor, stamped with the time of writing, and keeps a spare
+// row below it in view. Lines that are neither errors nor warnings keep the table's colour.
 void MainWindow::writeLogRow(SYS_LOG_LEVEL level, const QString& strLog) {
     if (!logTable_)
         return;
     static const char* const kWords[] = {"DEBUG", "ERROR", "WARN", "INFO"};
-    const QString cells[3] = {
-        QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz")),
-        QString::fromLatin1(level >= 0 && level <= 3 ? kWords[level] : ""), strLog};
-    const int row = logCursor_;
-    if (row >= logTable_->rowCount())
-        logTable_->setRowCount(row + 1);
-    for (int col = 0; col < 3 && col < logTable_->columnCount(); ++col) {
-        auto* item = logTable_->item(row, col);
-        if (!item) {
-            item = new QTableWidgetItem;
-            if (col < 2)
-                item->setTextAlignment(Qt::AlignCenter);
-            logTable_->setItem(row, col, item);
-        }
-        item->setText(cells[col]);
-        if (level == SYS_LOG_ERROR)
-            item->setForeground(QColor(QStringLiteral("#FF0000")));
-        else if (level == SYS_LOG_WARN)
-            item->setForeground(QColor(QStringLiteral("#FFA500")));
-        else
-            item->setForeground(QBrush());
+    const QString word = QString::fromLatin1(level >= 0 && level <= 3 ? kWords[level] : "");
+    const int row = logTable_->nextRow;
+    logTable_->setRowTexts(
+        row, {QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss.zzz")),
+              word, strLog});
+    if (level == SYS_LOG_ERROR || level == SYS_LOG_WARN) {
+        const QColor colour(level == SYS_LOG_ERROR ? QStringLiteral("#FF0000")
+                                                   : QStringLiteral("#FFA500"));
+        logTable_->forEachRowItem(
+            row, [&colour](QTableWidgetItem* cell, int) { cell->setForeground(colour); });
     }
-    if (row + 1 >= logTable_->rowCount())
-        logTable_->setRowCount(row + 2);
-    logTable_->scrollTo(logTable_->model()->index(row + 1, 0));
-    ++logCursor_;
+    logTable_->scrollToRow(row);
+    ++logTable_->nextRow;
 }
 
 void MainWindow::logError(const char* format, ...) {

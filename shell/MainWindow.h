@@ -1,12 +1,13 @@
 #pragma once
 
 #include "kit/SysSplitter.h"
+#include "kit/SysTable.h"
 #include "shell/PluginUIBase.h"
 #include "shell/SysLogLevel.h"
 
 #include <mutex>
 
-class QTableWidget;
+class SysMenu;
 
 // The one plug-in window: the four tool pages above the process log.
 class MainWindow : public PluginUIBase {
@@ -24,16 +25,23 @@ public:
 
     // The host's word for a key.
     static QString text(const QString& key);
+    // The host's word for a key, filled printf-style like every logged line: a format's
+    // conversions take the arguments, and "%%" in any word gives "%".
+    static QString formatText(const char* key, ...);
 
     // Queues one line for the process log; callable from any thread. The row is written on
-    // the interface thread when its event loop runs.
-    void addTestLog(SYS_LOG_LEVEL level, QString strLog);
+    // the interface thread when its event loop runs. Invokable so that the host stand-in can
+    // reach it without linking the plug-in's code.
+    Q_INVOKABLE void addTestLog(SYS_LOG_LEVEL level, QString strLog);
 
     // printf-style lines at level ERROR and INFO.
     void logError(const char* format, ...) __attribute__((format(printf, 2, 3)));
     void logInfo(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-    QTableWidget* logTable() const { return logTable_; }
+    SysTable* logTable() const { return logTable_; }
+
+    // Fills the process log's context menu: the four exports and clearing the log.
+    void fillLogMenu(SysMenu* menu);
 
 signals:
     void addTestLogSig(SYS_LOG_LEVEL level, QString strLog);
@@ -42,9 +50,9 @@ private:
     void buildTabs();
     void buildProcessLog();
     void writeLogRow(SYS_LOG_LEVEL level, const QString& strLog);
+    void showLogMenu();
 
     SysSplitter splitter_;
-    QTableWidget* logTable_ = nullptr;
-    int logCursor_ = 0;
+    SysTable* logTable_ = nullptr;
     std::once_flag logConnected_;
 };

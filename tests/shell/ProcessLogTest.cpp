@@ -1,12 +1,22 @@
+#include "kit/SysFileDialog.h"
+#include "kit/SysMenu.h"
+#include "kit/SysTable.h"
 #include "shell/MainWindow.h"
 #include "shell/PluginEntry.h"
 #include "support/HostWords.h"
+#include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QDateTime>
-#include <QTableWidget>
+#include <QDir>
+#include <QFile>
+#include <QGroupBox>
+#include <QHeaderView>
+#include <QImage>
+#include <QTemporaryDir>
 
 #include <thread>
 
@@ -19,8 +29,12 @@ protected:
         window->setTextService(&words);
         window->init();
         table = window->logTable();
+        ASSERT_NE(table, nullptr);
     }
-    void TearDown() override { Release(); }
+    void TearDown() override {
+        SysFileDialog::setAnswer(nullptr);
+        Release();
+    }
 
     QString cell(int row, int col) const {
         auto* item = table->item(row, col);
@@ -30,20 +44,51 @@ protected:
         auto* item = table->item(row, col);
         return item ? item->foreground().color() : QColor();
     }
+    // The process log's context menu as a right click builds it.
+    QList<QAction*> menuActions(SysMenu& menu) {
+        window->fillLogMenu(&menu);
+        return menu.actions();
+    }
 
     HostWords words;
     MainWindow* window = nullptr;
-    QTableWidget* table = nullptr;
+    SysTable* table = nullptr;
 };
+
+QByteArray readFile(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
 
 } // namespace
 
-TEST_F(ProcessLog, WorkerLinesLandWhenTheEventLoopRuns) {
-    ASSERT_NE(table, nullptr);
+TEST_F(ProcessLog, PanelIsAReadOnlyTableOfTimeLevelAndText) {
     EXPECT_EQ(table->columnCount(), 3);
+    EXPECT_EQ(table->horizontalHeaderItem(0)->text(), "Time");
     EXPECT_EQ(table->horizontalHeaderItem(2)->text(), "Message");
     EXPECT_EQ(table->rowCount(), 10);
+    EXPECT_EQ(table->columnWidth(0), 250);
+    EXPECT_EQ(table->columnWidth(1), 100);
+    EXPECT_EQ(table->editTriggers(), QAbstractItemView::NoEditTriggers);
+    EXPECT_EQ(table->columnAlign.value(0), Qt::AlignCenter);
+    EXPECT_EQ(table->columnAlign.value(1), Qt::AlignCenter);
+    EXPECT_FALSE(table->columnAlign.contains(2));
+    EXPECT_EQ(table->headerTextColor, "#FFF");
+    EXPECT_EQ(table->headerBackgroundColor, "#409eff");
+    EXPECT_TRUE(table->styleSheet().endsWith(
+        "\tQTableWidget QHeaderView::section {\t\tpadding-top: 0.25em;\t\tpadding-bottom: "
+        "0.25em;\t}"
+        "\tQTableWidget::item {\t\tpadding-top: 0.13em;\t\tpadding-bottom: 0.13em;\t}"
+        "\tQTableWidget QHeaderView::section {\t\tcolor: #FFF;\t}"
+        "\tQTableWidget QHeaderView::section {\t\tbackground-color: #409eff;\t}"));
+    EXPECT_EQ(table->contextMenuPolicy(), Qt::CustomContextMenu);
+    // The log sits in the splitter below the tabs, inside its titled box.
+    auto* box = qobject_cast<QGroupBox*>(table->parentWidget());
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->title(), "Process Log");
+}
 
+TEST_F(ProcessLog, WorkerLinesLandWhenTheEventLoopRuns) {
     std::thread worker([this] {
         for (int i = 0; i < 12; ++i)
             window->addTestLog(SYS_LOG_INFO, QString("line %1").arg(i));
@@ -51,6 +96,7 @@ TEST_F(ProcessLog, WorkerLinesLandWhenTheEventLoopRuns) {
     });
     worker.join();
     EXPECT_TRUE(cell(0, 2).isEmpty()); // queued for the interface thread, not written yet
+    EXPECT_EQ(table->nextRow, 0);
 
     const QDateTime before = QDateTime::currentDateTime();
     QApplication::processEvents();
@@ -58,10 +104,16 @@ TEST_F(ProcessLog, WorkerLinesLandWhenTheEventLoopRuns) {
         EXPECT_EQ(cell(i, 2), QString("line %1").arg(i));
     EXPECT_EQ(cell(12, 1), "ERROR");
     EXPECT_EQ(cell(12, 2), "failed at 50%");
-    EXPECT_GE(table->rowCount(), 14); // grows beyond its first ten rows, with one spare
+    EXPECT_EQ(table->nextRow, 13);
+    // The table grows beyond its first ten rows and keeps one spare row below the last line.
+    EXPECT_EQ(table->rowCount(), 14);
+    EXPECT_NE(table->item(13, 0), nullptr);
+    EXPECT_TRUE(cell(13, 0).isEmpty());
     const QDateTime stamped = QDateTime::fromString(cell(0, 0), "yyyy-MM-dd hh:mm:ss.zzz");
     ASSERT_TRUE(stamped.isValid()) << cell(0, 0).toStdString();
-    EXPECT_LE(qAbs(stamped.msecsTo(before)), 2000);
+    // Stamped when written on the interface thread, not when queued.
+    EXPECT_GE(stamped, before.addMSecs(-1));
+    EXPECT_LE(stamped.msecsTo(QDateTime::currentDateTime()), 2000);
 }
 
 TEST_F(ProcessLog, LevelsHaveTheirWordsAndColours) {
@@ -78,9 +130,109 @@ TEST_F(ProcessLog, LevelsHaveTheirWordsAndColours) {
     for (int col = 0; col < 3; ++col) {
         EXPECT_EQ(colour(1, col), QColor("#FF0000"));
         EXPECT_EQ(colour(2, col), QColor("#FFA500"));
-        EXPECT_NE(colour(3, col), QColor("#FF0000"));
-        EXPECT_NE(colour(0, col), QColor("#FFA500"));
+        // Debug and info lines keep the table's own colour: no colour of their own.
+        EXPECT_FALSE(table->item(0, col)->data(Qt::ForegroundRole).isValid());
+        EXPECT_FALSE(table->item(3, col)->data(Qt::ForegroundRole).isValid());
     }
     EXPECT_EQ(table->item(1, 0)->textAlignment(), int(Qt::AlignCenter));
     EXPECT_EQ(table->item(1, 1)->textAlignment(), int(Qt::AlignCenter));
+    EXPECT_EQ(table->item(1, 2)->textAlignment(), int(Qt::AlignLeft | Qt::AlignVCenter));
+
+    // The table's sheet leaves the item colours alone: the rows show them on screen, and the
+    // header shows the accent colour given after the table was built.
+    window->resize(1000, 800);
+    table->scrollToTop(); // the log follows its last line; the coloured rows are at the top
+    const QImage shot = table->grab().toImage();
+    int red = 0, orange = 0, accent = 0;
+    for (int y = 0; y < shot.height(); ++y) {
+        for (int x = 0; x < shot.width(); ++x) {
+            const QColor c = shot.pixelColor(x, y);
+            red += c == QColor("#FF0000");
+            orange += c == QColor("#FFA500");
+            accent += c == QColor("#409eff");
+        }
+    }
+    EXPECT_GT(red, 20);
+    EXPECT_GT(orange, 20);
+    EXPECT_GT(accent, 1000);
+}
+
+TEST_F(ProcessLog, ClearingFromTheMenuRestartsAtRowZeroInTheDefaultColour) {
+    SysMenu menu(table);
+    const QList<QAction*> actions = menuActions(menu);
+    QStringList texts;
+    for (QAction* action : actions)
+        texts << action->text();
+    EXPECT_EQ(texts,
+              QStringList({QString::fromUtf8("导出到HTML"), QString::fromUtf8("导出到CSV"),
+                           QString::fromUtf8("导出选区到HTML"), QString::fromUtf8("导出选区到CSV"),
+                           QString::fromUtf8("清空表格")}));
+    ASSERT_EQ(actions.size(), 5);
+
+    for (int i = 0; i < 11; ++i)
+        window->logError("bad %d", i);
+    QApplication::processEvents();
+    ASSERT_EQ(colour(0, 2), QColor("#FF0000"));
+    ASSERT_EQ(table->rowCount(), 12);
+
+    actions[4]->trigger();
+    EXPECT_EQ(table->nextRow, 0);
+    EXPECT_EQ(table->rowCount(), 12); // rows are emptied, not removed
+    EXPECT_EQ(table->horizontalHeaderItem(1)->text(), "Level");
+
+    window->logInfo("fresh");
+    QApplication::processEvents();
+    EXPECT_EQ(cell(0, 2), "fresh");
+    EXPECT_EQ(cell(0, 1), "INFO");
+    for (int col = 0; col < 3; ++col)
+        EXPECT_FALSE(table->item(0, col)->data(Qt::ForegroundRole).isValid()) << col;
+    for (int row = 2; row < 12; ++row) {
+        for (int col = 0; col < 3; ++col)
+            EXPECT_EQ(table->item(row, col), nullptr) << row << "," << col;
+    }
+    EXPECT_EQ(table->rowCount(), 12);
+}
+
+TEST_F(ProcessLog, MenuExportsWriteTheLinesAndACancelWritesNothing) {
+    window->logInfo("first, with a comma");
+    window->addTestLog(SYS_LOG_WARN, "second");
+    window->logError("third");
+    QApplication::processEvents();
+    table->selectRow(1);
+
+    QTemporaryDir dir;
+    QStringList answers = {dir.filePath("all.csv"), dir.filePath("sel.csv"),
+                           dir.filePath("all.html")};
+    QStringList filters;
+    SysFileDialog::setAnswer(
+        [&](SysFileDialog::Kind, const QString&, const QString&, const QString& filter) {
+            filters << filter;
+            return answers.isEmpty() ? QString() : answers.takeFirst();
+        });
+    SysMenu menu(table);
+    const QList<QAction*> actions = menuActions(menu);
+    ASSERT_EQ(actions.size(), 5);
+    actions[1]->trigger();
+    actions[3]->trigger();
+    actions[0]->trigger();
+
+    auto line = [this](int row) {
+        return (cell(row, 0) + "," + cell(row, 1) + "," + cell(row, 2) + "\n").toLocal8Bit();
+    };
+    // The spare row below the last line holds an empty item and is not exported.
+    EXPECT_EQ(readFile(dir.filePath("all.csv")),
+              "Time,Level,Message\n" + line(0) + line(1) + line(2));
+    EXPECT_EQ(readFile(dir.filePath("sel.csv")), "Time,Level,Message\n" + line(1));
+    const QByteArray html = readFile(dir.filePath("all.html"));
+    EXPECT_TRUE(html.startsWith("<html>"));
+    EXPECT_TRUE(html.contains("third</td></tr></tbody>"));
+    EXPECT_EQ(filters, QStringList({"*.csv", "*.csv", "*.html"}));
+
+    // Every further answer is a cancel: no file appears and the log stays as it was.
+    actions[2]->trigger();
+    actions[1]->trigger();
+    EXPECT_EQ(filters.size(), 5);
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files).size(), 3);
+    EXPECT_EQ(cell(2, 2), "third");
+    EXPECT_EQ(table->nextRow, 3);
 }

@@ -1,0 +1,3 @@
+#include "kit/SysToolBox.h"
+
+SysToolBox::SysToolBox(QWidget* parent) : QToolBox(parent) {}
