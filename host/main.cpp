@@ -4,6 +4,7 @@
 //
 //   bramble-host [--lang en|zh] [--plugin PATH] [--screenshot FILE] [--quit-after MS]
 
+#include "host/DemoDownload.h"
 #include "host/HostTextFiles.h"
 #include "host/PluginHost.h"
 #include "shell/PluginUIBase.h"
@@ -76,7 +77,14 @@ int main(int argc, char** argv) {
     QCommandLineOption demoLog(QStringLiteral("demo-log"),
                                QStringLiteral("Log one line of each level after start."));
     demoLog.setFlags(QCommandLineOption::HiddenFromHelp);
-    parser.addOptions({lang, plugin, screenshot, quitAfter, demoLog});
+    QCommandLineOption downloadPort(QStringLiteral("download-port"),
+                                    QStringLiteral("Download an all-in-one image through this "
+                                                   "port, print the process log and quit."),
+                                    QStringLiteral("port"));
+    QCommandLineOption downloadImage(QStringLiteral("download-image"),
+                                     QStringLiteral("The all-in-one image for --download-port."),
+                                     QStringLiteral("file"));
+    parser.addOptions({lang, plugin, screenshot, quitAfter, demoLog, downloadPort, downloadImage});
     parser.process(app);
 
     QString language = parser.value(lang);
@@ -114,7 +122,14 @@ int main(int argc, char** argv) {
     if (parser.isSet(demoLog))
         logDemoLines(window);
 
-    if (parser.isSet(screenshot)) {
+    DemoDownload* demo = nullptr;
+    if (parser.isSet(downloadPort)) {
+        demo = new DemoDownload(window, parser.value(downloadPort), parser.value(downloadImage),
+                                texts.text(QStringLiteral("download/dlTab/download/success")),
+                                texts.text(QStringLiteral("download/dlTab/download/failed")),
+                                parser.value(screenshot));
+        demo->start();
+    } else if (parser.isSet(screenshot)) {
         const QString file = parser.value(screenshot);
         QTimer::singleShot(parser.value(quitAfter).toInt() > 0 ? parser.value(quitAfter).toInt()
                                                                : 500,
@@ -128,6 +143,7 @@ int main(int argc, char** argv) {
     }
 
     const int rc = app.exec();
+    delete demo;
     host.release();
     return rc;
 }

@@ -67,6 +67,7 @@ void DownloadWindow::buildSettings() {
     const QList<QWidget*> portRow =
         sysMakeSerialRow(text("download/commSetting/port"), true, settingsBox);
     portBox = qobject_cast<SysSerialComboBox*>(portRow.at(1));
+    portBox->setObjectName(QStringLiteral("downloadPort"));
     const QList<QWidget*> bootRow =
         sysMakeComboRow(text("download/commSetting/bootBaud"), sysBaudRates(), settingsBox);
     bootBaudBox = qobject_cast<SysComboBox*>(bootRow.at(1));
@@ -95,7 +96,9 @@ QWidget* DownloadWindow::buildAioTab() {
                                   {QStringLiteral("*.bin")});
     aioSelect->setCaption(text("download/dlTab/allinoneFileDL/allinoneFilePath"));
     aioSelect->setBorderColor(kTheme);
+    aioSelect->pathEdit->setObjectName(QStringLiteral("downloadImage"));
     aioStartButton = new SysButton(tab, text("download/dlTab/allinoneFileDL/start"));
+    aioStartButton->setObjectName(QStringLiteral("downloadImageStart"));
     aioStartButton->setThemeColor(kTheme);
     line->addWidget(aioSelect);
     line->addWidget(aioStartButton);

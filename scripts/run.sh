@@ -1,14 +1,29 @@
 #!/usr/bin/env bash
-# Builds Bramble and starts it in the host stand-in. Without a display it runs under Xvfb,
-# prints what came up and saves a picture of the window to build/bramble.png.
+# Builds Bramble and starts it in the host stand-in, with a simulated board published as the
+# virtual port "sim0" and a demo all-in-one image to download into it.
+#
+# With a display: pick sim0 as the port, choose build/demo/demo-aio.bin on the all-in-one tab
+# and press start. Without one: the same download runs by itself under Xvfb, the process log is
+# printed, and a picture of the window is saved to build/download.png.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/setup.sh
 cmake -S . -B build >/dev/null
-cmake --build build -j2 --target bramble-host bramble
+cmake --build build -j2 --target bramble-host bramble bramble-sim
+mkdir -p build/demo
+image=build/demo/demo-aio.bin
+build/sim/bramble-sim --make-demo-image "$image" >/dev/null
+
+build/sim/bramble-sim --name sim0 --quiet </dev/null >build/demo/sim.log 2>&1 &
+sim=$!
+trap 'kill $sim 2>/dev/null || true' EXIT
+sleep 0.3
+
 if [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
-  exec build/host/bramble-host "$@"
+  echo "Simulated board on port sim0; demo image: $image"
+  build/host/bramble-host "$@"
+  exit $?
 fi
-echo "No display: running under Xvfb." >&2
-exec xvfb-run -a -s '-screen 0 1400x1000x24' build/host/bramble-host \
-  --screenshot build/bramble.png --quit-after 2000 "$@"
+echo "No display: downloading $image into the simulated board under Xvfb." >&2
+xvfb-run -a -s '-screen 0 1400x1000x24' build/host/bramble-host \
+  --download-port sim0 --download-image "$image" --screenshot build/download.png "$@"

@@ -74,6 +74,7 @@ void MainWindow::buildProcessLog() {
     splitter_.addWidget(box);
     auto* layout = new SysVLayout(box);
     logTable_ = new SysTable(box);
+    logTable_->setObjectName(QStringLiteral("processLog")); // found by name from outside
     layout->addWidget(logTable_);
     logTable_->setHeaders(
         text(QStringLiteral("main/procLog/table/header")).split('/', Qt::KeepEmptyParts));

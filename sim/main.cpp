@@ -8,11 +8,14 @@
 // once the stub has started it, or after a reset when "amt_start N" comes. Lines on standard
 // input: "reset" pulses the board's reset line, "status" tells its stage and rate, "quit" ends.
 
+#include "engines/AppQZ4420Imple.h"
 #include "sim/BoardSim.h"
 #include "sim/SimFirmware.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QFile>
+#include <QTemporaryDir>
 
 #include <poll.h>
 #include <signal.h>
@@ -57,6 +60,52 @@ template <typename Fn> bool readLines(std::string& pending, Fn onLine) {
 
 } // namespace
 
+// Bytes that look like a program but are only a fixed pattern.
+QByteArray demoBytes(int n, uint32_t seed) {
+    QByteArray b(n, '\0');
+    for (int i = 0; i < n; ++i) {
+        seed = seed * 1103515245u + 12345u;
+        b[i] = char(seed >> 24);
+    }
+    return b;
+}
+
+// Writes an all-in-one image that this board takes: a stub for RAM at 0x20000000, a program
+// for flash at 0x10000 (where the download page starts the software by default) and a data
+// file for flash at 0x200000.
+int makeDemoImage(const QString& path) {
+    QTemporaryDir dir;
+    struct Part {
+        const char* name;
+        int size;
+        uint32_t address;
+    };
+    const Part parts[] = {{"stub.bin", 6 * 1024, 0x20000000},
+                          {"app.bin", 160 * 1024, 0x10000},
+                          {"data.bin", 8 * 1024, 0x200000}};
+    for (const Part& part : parts) {
+        QFile file(dir.filePath(part.name));
+        if (!file.open(QIODevice::WriteOnly) ||
+            file.write(demoBytes(part.size, part.address)) != part.size) {
+            std::fprintf(stderr, "bramble-sim: cannot write %s\n", part.name);
+            return 1;
+        }
+    }
+    QVector<AioEntry> entries(2);
+    for (int i = 0; i < 2; ++i) {
+        entries[i].path = dir.filePath(parts[i + 1].name);
+        entries[i].startAddr = parts[i + 1].address;
+    }
+    AppQZ4420Imple engine;
+    QObject::connect(&engine, &AppImpleBase::sendLog, [](SYS_LOG_LEVEL, const QString& line) {
+        std::fprintf(stderr, "bramble-sim: %s\n", line.toLocal8Bit().constData());
+    });
+    if (!engine.createAio(dir.filePath("stub.bin"), entries, path, parts[0].address))
+        return 1;
+    std::printf("demo image: %s\n", path.toLocal8Bit().constData());
+    return 0;
+}
+
 int main(int argc, char** argv) {
     // The stop signals are taken through a descriptor; blocked here, before the board's thread
     // starts, they reach no thread otherwise.
@@ -95,9 +144,15 @@ int main(int argc, char** argv) {
                                            QStringLiteral("Keep the board's state across opens."));
     const QCommandLineOption quietOption(QStringLiteral("quiet"),
                                          QStringLiteral("Do not print what the board does."));
+    const QCommandLineOption demoOption(
+        QStringLiteral("make-demo-image"),
+        QStringLiteral("Write an all-in-one image that the board takes, and quit."),
+        QStringLiteral("file"));
     parser.addOptions({nameOption, syncOption, flashOption, baudOption, paceOption, resetOption,
-                       noResetOption, quietOption});
+                       noResetOption, quietOption, demoOption});
     parser.process(app);
+    if (parser.isSet(demoOption))
+        return makeDemoImage(parser.value(demoOption));
 
     BoardSim::Options options;
     bool ok = false;
