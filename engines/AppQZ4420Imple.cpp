@@ -730,7 +730,11 @@ bool AppQZ4420Imple::getStationSign(ComPort& port, int index, int& state) {
         logError("GET_ST_SIGN:  get test sign failed");
         return false;
     }
-    const QChar mark = index >= 0 && index < sign.size() ? sign.at(index) : QChar();
+    if (index < 0 || index >= sign.size()) {
+        logError("GET_ST_SIGN: invalid station index: %d", index);
+        return false;
+    }
+    const QChar mark = sign.at(index);
     state = mark == '0' ? 0 : mark == '1' ? 1 : mark == '2' ? 2 : 3;
     return true;
 }
@@ -745,11 +749,10 @@ bool AppQZ4420Imple::setStationSign(ComPort& port, int index, int state) {
         logError("SET_ST_SIGN: invalid test sign: %c", state);
         return false;
     }
-    if (index < 0)
+    if (index < 0 || index >= sign.size()) {
+        logError("SET_ST_SIGN: invalid station index: %d", index);
         return false;
-    // A station beyond the sign's end finds the stations before it unmarked.
-    while (sign.size() <= index)
-        sign.append('0');
+    }
     sign[index] = QChar('0' + state);
     return setTestSign(port, sign);
 }

@@ -13,6 +13,10 @@ constexpr int kSyncPollMs = 2;
 constexpr int kSyncWindowMs = 1000;
 constexpr uint8_t kSyncRomRaw = 1;
 constexpr uint8_t kSyncFrames = 51;
+// The board answers every sync word, and the polls run ahead of a slow answer: what comes in
+// for this long after the answer that counted belongs to earlier polls and is dropped, so that
+// it cannot pass for the reply to the stub's first header.
+constexpr int kLateSyncAnswersMs = 10;
 
 // A word of the host filled like every logged line: conversions take args, "%%" gives "%".
 template <typename... Args> QString line(const char* key, Args... args) {
@@ -95,6 +99,7 @@ bool DownloadRun::syncStep(AppQZ4410Imple& boot) {
         if (mode == kSyncRomRaw || mode == kSyncFrames) {
             bootMode_ = mode == kSyncRomRaw ? 0 : 1;
             synced = true;
+            session_->port.drainFor(kLateSyncAnswersMs);
             break;
         }
     }

@@ -549,13 +549,20 @@ TEST(FirmwareCommands, TestSignAndAmtKeys) {
             // A mark that is no station state changes nothing on the board.
             EXPECT_FALSE(b.engine.setStationSign(b.port, 0, 3));
             EXPECT_EQ(b.state().nv[State::Amt].at("TEST_SIGN"), "01x");
+            // A station beyond the sign's end is refused, on reading and on writing.
+            EXPECT_FALSE(b.engine.getStationSign(b.port, 3, st));
+            EXPECT_FALSE(b.engine.setStationSign(b.port, 3, 1));
+            EXPECT_EQ(b.state().nv[State::Amt].at("TEST_SIGN"), "01x");
             EXPECT_EQ(b.log.texts(),
-                      QStringList({QStringLiteral("SET_ST_SIGN: invalid test sign: ") + QChar(3)}));
+                      QStringList({QStringLiteral("SET_ST_SIGN: invalid test sign: ") + QChar(3),
+                                   "GET_ST_SIGN: invalid station index: 3",
+                                   "SET_ST_SIGN: invalid station index: 3"}));
             EXPECT_TRUE(b.engine.writeAmtKey(b.port, "CAL_DONE", "yes", 500, 50));
             EXPECT_EQ(b.state().nv[State::Amt].at("CAL_DONE"), "yes");
             EXPECT_EQ(b.wire(), QByteArray("nvgamt TEST_SIGN\rnvsamt TEST_SIGN 0120000000\r"
                                            "nvgamt TEST_SIGN\rnvgamt TEST_SIGN\r"
                                            "nvgamt TEST_SIGN\rnvsamt TEST_SIGN 0121000000\r"
+                                           "nvgamt TEST_SIGN\rnvgamt TEST_SIGN\r"
                                            "nvgamt TEST_SIGN\rnvgamt TEST_SIGN\r"
                                            "nvsamt CAL_DONE yes\r"));
         },
