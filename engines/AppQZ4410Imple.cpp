@@ -1,5 +1,7 @@
 #include "engines/AppQZ4410Imple.h"
 
+#include "engines/TestSign.h"
+
 #include "base/BaseUtils.h"
 #include "base/ComPort.h"
 
@@ -297,7 +299,6 @@ constexpr int kLongCommandMs = 2000;
 constexpr int kAfterRfSetMs = 50;
 constexpr int kMacLength = 17;
 constexpr int kTxPowerLength = 8;
-const char* const kNoSign = "0000000000";
 const char* const kRecCount = "reccount";
 
 std::string textFrom(const ByteBuffer& rsp, int pos, int len) {
@@ -434,76 +435,19 @@ bool AppQZ4410Imple::getMacAmt(ComPort& port, QString& mac) {
 }
 
 bool AppQZ4410Imple::setTestSign(ComPort& port, const QString& sign) {
-    if (!port.writeLine(QStringLiteral("nvsamt TEST_SIGN %1").arg(sign).toStdString(), false)) {
-        logError("SET_TEST_SIGN:  write at cmd failed!");
-        return false;
-    }
-    ByteBuffer rsp;
-    if (!port.timedRead(rsp, kTextReplyMs, kSignSettleMs)) {
-        logError("SET_TEST_SIGN: recv rsp timeout!");
-        return false;
-    }
-    return rsp.find("SUCCESS", 0, false) >= 0;
+    return TestSign::set(*this, port, sign);
 }
 
 bool AppQZ4410Imple::getTestSign(ComPort& port, QString& sign) {
-    if (!port.writeLine("nvgamt TEST_SIGN", false)) {
-        logError("GET_TEST_SIGN:  write at cmd failed!");
-        return false;
-    }
-    ByteBuffer rsp;
-    if (!port.timedRead(rsp, kTextReplyMs, kSignSettleMs)) {
-        logError("GET_TEST_SIGN: recv rsp timeout!");
-        return false;
-    }
-    // The firmware answers "ERROR" for a board that was never signed.
-    if (rsp.find("ERROR", 0, false) >= 0) {
-        sign = QString::fromLatin1(kNoSign);
-        return true;
-    }
-    const std::string open = "value:[";
-    const int at = rsp.find(open, 0, false);
-    const int close = at < 0 ? -1 : rsp.find("]", at, false);
-    if (close < 0) {
-        logError("GET_TEST_SIGN: match value failed!");
-        return false;
-    }
-    const int from = at + int(open.size());
-    sign = QString::fromStdString(textFrom(rsp, from, close - from)).trimmed();
-    return true;
+    return TestSign::get(*this, port, sign);
 }
 
 bool AppQZ4410Imple::getStationSign(ComPort& port, int index, int& state) {
-    QString sign;
-    if (!getTestSign(port, sign)) {
-        logError("GET_ST_SIGN:  get test sign failed");
-        return false;
-    }
-    if (index < 0 || index >= sign.size()) {
-        logError("GET_ST_SIGN: invalid station index: %d", index);
-        return false;
-    }
-    const int mark = sign.at(index).unicode() - '0';
-    state = mark >= 0 && mark <= 2 ? mark : 3;
-    return true;
+    return TestSign::getStation(*this, port, index, state);
 }
 
 bool AppQZ4410Imple::setStationSign(ComPort& port, int index, int state) {
-    QString sign;
-    if (!getTestSign(port, sign)) {
-        logError("SET_ST_SIGN:  get test sign failed");
-        return false;
-    }
-    if (state < 0 || state > 2) {
-        logError("SET_ST_SIGN: invalid test sign: %c", state);
-        return false;
-    }
-    if (index < 0 || index >= sign.size()) {
-        logError("SET_ST_SIGN: invalid station index: %d", index);
-        return false;
-    }
-    sign[index] = QLatin1Char(char('0' + state));
-    return setTestSign(port, sign);
+    return TestSign::setStation(*this, port, index, state);
 }
 
 bool AppQZ4410Imple::writeAmtKey(ComPort& port, const QString& key, const QString& value) {

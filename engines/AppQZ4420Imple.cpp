@@ -1,5 +1,7 @@
 #include "engines/AppQZ4420Imple.h"
 
+#include "engines/TestSign.h"
+
 #include "base/BaseUtils.h"
 #include "base/ByteBuffer.h"
 #include "base/ComPort.h"
@@ -684,77 +686,19 @@ bool AppQZ4420Imple::getRegister(ComPort& port, unsigned address, unsigned& valu
 }
 
 bool AppQZ4420Imple::setTestSign(ComPort& port, const QString& sign) {
-    if (!port.writeLine(QStringLiteral("nvsamt TEST_SIGN %1").arg(sign).toStdString(), false)) {
-        logError("SET_TEST_SIGN:  write at cmd failed!");
-        return false;
-    }
-    ByteBuffer rsp;
-    if (!port.timedRead(rsp, kCommandWaitMs, 100)) {
-        logError("SET_TEST_SIGN: recv rsp timeout!");
-        return false;
-    }
-    return rsp.find("SUCCESS", 0, false) >= 0;
+    return TestSign::set(*this, port, sign);
 }
 
 bool AppQZ4420Imple::getTestSign(ComPort& port, QString& sign) {
-    if (!port.writeLine("nvgamt TEST_SIGN", false)) {
-        logError("GET_TEST_SIGN:  write at cmd failed!");
-        return false;
-    }
-    ByteBuffer rsp;
-    if (!port.timedRead(rsp, kCommandWaitMs, 100)) {
-        logError("GET_TEST_SIGN: recv rsp timeout!");
-        return false;
-    }
-    if (rsp.find("ERROR", 0, false) >= 0) {
-        sign = QStringLiteral("0000000000"); // the board has no sign yet
-        return true;
-    }
-    const std::string open = "value:[";
-    const int start = rsp.find(open, 0, false);
-    const int end = start < 0 ? -1 : rsp.find("]", start, false);
-    if (start < 0 || end < 0) {
-        logError("GET_TEST_SIGN: match value failed!");
-        return false;
-    }
-    std::string between;
-    const int from = start + int(open.size());
-    rsp.slice(from, end - from, between);
-    sign = QString::fromStdString(between).trimmed();
-    return true;
+    return TestSign::get(*this, port, sign);
 }
 
 bool AppQZ4420Imple::getStationSign(ComPort& port, int index, int& state) {
-    QString sign;
-    if (!getTestSign(port, sign)) {
-        logError("GET_ST_SIGN:  get test sign failed");
-        return false;
-    }
-    if (index < 0 || index >= sign.size()) {
-        logError("GET_ST_SIGN: invalid station index: %d", index);
-        return false;
-    }
-    const QChar mark = sign.at(index);
-    state = mark == '0' ? 0 : mark == '1' ? 1 : mark == '2' ? 2 : 3;
-    return true;
+    return TestSign::getStation(*this, port, index, state);
 }
 
 bool AppQZ4420Imple::setStationSign(ComPort& port, int index, int state) {
-    QString sign;
-    if (!getTestSign(port, sign)) {
-        logError("SET_ST_SIGN:  get test sign failed");
-        return false;
-    }
-    if (state < 0 || state > 2) {
-        logError("SET_ST_SIGN: invalid test sign: %c", state);
-        return false;
-    }
-    if (index < 0 || index >= sign.size()) {
-        logError("SET_ST_SIGN: invalid station index: %d", index);
-        return false;
-    }
-    sign[index] = QChar('0' + state);
-    return setTestSign(port, sign);
+    return TestSign::setStation(*this, port, index, state);
 }
 
 bool AppQZ4420Imple::writeAmtKey(ComPort& port, const QString& key, const QString& value,
