@@ -34,16 +34,18 @@ void DownloadRun::start(std::shared_ptr<DownloadSession> session, DownloadSettin
     }).detach();
 }
 
-void DownloadRun::logError(const QString& line) {
+void DownloadRun::logError(const DownloadSettings::Line& line) {
     session_->log(SYS_LOG_ERROR, line);
 }
 
-void DownloadRun::logInfo(const QString& line) {
+void DownloadRun::logInfo(const DownloadSettings::Line& line) {
     session_->log(SYS_LOG_INFO, line);
 }
 
 DownloadSettings::Log DownloadRun::logger() {
-    return [this](SYS_LOG_LEVEL level, const QString& line) { session_->log(level, line); };
+    return [this](SYS_LOG_LEVEL level, const DownloadSettings::Line& line) {
+        session_->log(level, line);
+    };
 }
 
 void DownloadRun::run() {
@@ -54,15 +56,15 @@ void DownloadRun::run() {
         finish();
     }
     if (ok)
-        logInfo(line("download/dlTab/download/success"));
+        logInfo([&] { return line("download/dlTab/download/success"); });
     else
-        logError(line("download/dlTab/download/failed"));
+        logError([&] { return line("download/dlTab/download/failed"); });
     session_->sendMsg(1, settings_.runMode);
 }
 
 bool DownloadRun::prepare() {
     if (settings_.portNumber < 0) {
-        logError(line("download/dlTab/pleaseSelectPort"));
+        logError([&] { return line("download/dlTab/pleaseSelectPort"); });
         return false;
     }
     session_->engine.setBlockSize(settings_.bigBlock ? 4096 : 1024);
@@ -70,7 +72,7 @@ bool DownloadRun::prepare() {
         return false;
     const int baud = settings_.bootBaud.toInt(nullptr, 10);
     if (!session_->port.open(settings_.portNumber, baud)) {
-        logError(line("download/dlTab/canOpenPortFmt", settings_.portNumber, baud));
+        logError([&] { return line("download/dlTab/canOpenPortFmt", settings_.portNumber, baud); });
         return false;
     }
     return true;
@@ -105,12 +107,12 @@ bool DownloadRun::syncStep(AppQZ4410Imple& boot) {
     }
     boot.setLogEnabled(true);
     if (!synced)
-        logError(line("download/dlTab/syncFailed"));
+        logError([&] { return line("download/dlTab/syncFailed"); });
     return synced;
 }
 
 bool DownloadRun::stubStage() {
-    logInfo(line("download/dlTab/startDownloadStub"));
+    logInfo([&] { return line("download/dlTab/startDownloadStub"); });
     const QString path = settings_.stubPath;
     AppQZ4410Imple boot;
     boot.setLogProgress(true);
@@ -118,11 +120,14 @@ bool DownloadRun::stubStage() {
     if (!syncStep(boot))
         return false;
     const uint32_t address = settings_.startupAddress();
-    logInfo(line("download/dlTab/startDownloadFileExFmt", path.toStdString().c_str()));
+    logInfo(
+        [&] { return line("download/dlTab/startDownloadFileExFmt", path.toStdString().c_str()); });
     const bool ok = bootMode_ == 0 ? boot.downloadUboot(session_->port, path, address, false)
                                    : session_->engine.downloadFile(session_->port, path, address);
     if (!ok)
-        logError(line("download/dlTab/downloadStubFileFailedFmt", path.toStdString().c_str()));
+        logError([&] {
+            return line("download/dlTab/downloadStubFileFailedFmt", path.toStdString().c_str());
+        });
     return ok;
 }
 
@@ -136,13 +141,13 @@ bool DownloadRun::fileStage() {
         return false;
     for (const AioEntry& entry : entries) {
         const std::string path = entry.path.toStdString();
-        logInfo(line("download/dlTab/startDownloadFileExFmt", path.c_str()));
+        logInfo([&] { return line("download/dlTab/startDownloadFileExFmt", path.c_str()); });
         DownloadItem item;
         item.startAddr = entry.startAddr;
         item.toRam = entry.toRam;
         item.path = entry.path;
         if (!session_->engine.downloadEntry(session_->port, item)) {
-            logError(line("download/dlTab/downloadFileFailedFmt", path.c_str()));
+            logError([&] { return line("download/dlTab/downloadFileFailedFmt", path.c_str()); });
             return false;
         }
     }
@@ -155,7 +160,9 @@ bool DownloadRun::aioStage() {
     QVector<AioEntry> entries;
     uint32_t stubAddr = 0;
     if (!session_->engine.parseAio(path, stub, entries, stubAddr)) {
-        logError(line("download/dlTab/parseAllInOneFileFailedFmt", path.toStdString().c_str()));
+        logError([&] {
+            return line("download/dlTab/parseAllInOneFileFailedFmt", path.toStdString().c_str());
+        });
         return false;
     }
     {
@@ -165,28 +172,32 @@ bool DownloadRun::aioStage() {
         if (!syncStep(boot))
             return false;
         const ByteBuffer stubBytes(stub.constData(), stub.size());
-        logInfo(line("download/dlTab/startDownloadFileFmt", stubBytes.size()));
+        logInfo([&] { return line("download/dlTab/startDownloadFileFmt", stubBytes.size()); });
         const bool ok = bootMode_ == 0
                             ? boot.downloadUbootData(session_->port, stubBytes, stubAddr, false)
                             : session_->engine.downloadData(session_->port, stub, stubAddr);
         if (!ok) {
-            logError(line("download/dlTab/downloadFileFailedFmt", path.toStdString().c_str()));
+            logError([&] {
+                return line("download/dlTab/downloadFileFailedFmt", path.toStdString().c_str());
+            });
             return false;
         }
     }
     if (!switchBaud())
         return false;
     for (const AioEntry& entry : entries) {
-        const std::string target =
-            line(entry.toRam ? "download/dlTab/toRam/yes" : "download/dlTab/toRam/no")
-                .toStdString();
-        logInfo(line("download/dlTab/startDownloadDataFmt", target.c_str(), entry.startAddr,
-                     entry.data.size()));
+        logInfo([&] {
+            const std::string target =
+                line(entry.toRam ? "download/dlTab/toRam/yes" : "download/dlTab/toRam/no")
+                    .toStdString();
+            return line("download/dlTab/startDownloadDataFmt", target.c_str(), entry.startAddr,
+                        entry.data.size());
+        });
         const SysByteArray data(
             QByteArray(reinterpret_cast<const char*>(entry.data.data()), entry.data.size()));
         if (!session_->engine.downloadTrunk(session_->port, data, entry.startAddr, entry.toRam,
                                             3)) {
-            logError(line("download/dlTab/downloadFileFailed"));
+            logError([&] { return line("download/dlTab/downloadFileFailed"); });
             return false;
         }
     }
@@ -196,18 +207,18 @@ bool DownloadRun::aioStage() {
 bool DownloadRun::switchBaud() {
     const int baud = settings_.dlBaud.toInt(nullptr, 10);
     if (!session_->engine.changeBaud(session_->port, uint32_t(baud))) {
-        logError(line("download/dlTab/switchBaudrateFailedFmt", baud));
+        logError([&] { return line("download/dlTab/switchBaudrateFailedFmt", baud); });
         return false;
     }
     return true;
 }
 
 bool DownloadRun::startStep() {
-    logInfo(line("download/dlTab/startupSoftVer"));
+    logInfo([&] { return line("download/dlTab/startupSoftVer"); });
     if (!session_->engine.startSoftware(session_->port, settings_.startupAddress())) {
-        logError(line("download/dlTab/softverStartCmdSendFailed"));
+        logError([&] { return line("download/dlTab/softverStartCmdSendFailed"); });
         return false;
     }
-    logInfo(line("download/dlTab/softverStartSuccess"));
+    logInfo([&] { return line("download/dlTab/softverStartSuccess"); });
     return true;
 }

@@ -30,8 +30,8 @@ private:
     bool switchBaud();
     bool startStep();
 
-    void logError(const QString& line);
-    void logInfo(const QString& line);
+    void logError(const DownloadSettings::Line& line);
+    void logInfo(const DownloadSettings::Line& line);
     DownloadSettings::Log logger();
 
     std::shared_ptr<DownloadSession> session_;

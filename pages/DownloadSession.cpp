@@ -9,10 +9,10 @@ void DownloadSession::detach() {
     page_ = nullptr;
 }
 
-void DownloadSession::log(SYS_LOG_LEVEL level, const QString& line) {
+void DownloadSession::log(SYS_LOG_LEVEL level, const std::function<QString()>& line) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (page_)
-        page_->addLog(level, line);
+        page_->addLog(level, line());
 }
 
 void DownloadSession::sendMsg(int id, const QVariant& value) {
@@ -26,5 +26,6 @@ void DownloadSession::hookEngine(AppImpleBase* engine) {
     QObject::disconnect(engine, &AppImpleBase::sendLog, engine, nullptr);
     QObject::connect(
         engine, &AppImpleBase::sendLog, engine,
-        [this](SYS_LOG_LEVEL level, QString line) { log(level, line); }, Qt::DirectConnection);
+        [this](SYS_LOG_LEVEL level, QString line) { log(level, [&line] { return line; }); },
+        Qt::DirectConnection);
 }

@@ -6,6 +6,7 @@
 
 #include <QVariant>
 
+#include <functional>
 #include <mutex>
 
 class TabWinBase;
@@ -23,7 +24,8 @@ public:
 
     // Called by the page as it dies; waits for a line or message that is on its way.
     void detach();
-    void log(SYS_LOG_LEVEL level, const QString& line);
+    // Makes the line and logs it while the page lives; the page cannot go meanwhile.
+    void log(SYS_LOG_LEVEL level, const std::function<QString()>& line);
     void sendMsg(int id, const QVariant& value);
     // Routes an engine's lines through log(), on the thread that logs them.
     void hookEngine(AppImpleBase* engine);

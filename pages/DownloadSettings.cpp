@@ -31,15 +31,18 @@ bool DownloadSettings::collectEntries(QVector<AioEntry>& out, const Log& log) co
             continue;
         const qint64 address = rowAddress(row.addr);
         if (row.path.isEmpty()) {
-            log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/linePathEmptyFmt", i + 1));
+            log(SYS_LOG_ERROR,
+                [&] { return line("download/dlTab/singleFileDL/linePathEmptyFmt", i + 1); });
             return false;
         }
         if (!QFileInfo::exists(row.path)) {
-            log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/linePathExistFmt", i + 1));
+            log(SYS_LOG_ERROR,
+                [&] { return line("download/dlTab/singleFileDL/linePathExistFmt", i + 1); });
             return false;
         }
         if (address < 0) {
-            log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/lineAddrInvalidFmt", i + 1));
+            log(SYS_LOG_ERROR,
+                [&] { return line("download/dlTab/singleFileDL/lineAddrInvalidFmt", i + 1); });
             return false;
         }
         AioEntry entry;
@@ -53,11 +56,12 @@ bool DownloadSettings::collectEntries(QVector<AioEntry>& out, const Log& log) co
 
 bool DownloadSettings::validateList(const Log& log) const {
     if (startupAddr.isEmpty()) {
-        log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/pleaseFillStartAddr"));
+        log(SYS_LOG_ERROR, [&] { return line("download/dlTab/singleFileDL/pleaseFillStartAddr"); });
         return false;
     }
     if (!QFileInfo::exists(stubPath) || !QFileInfo(stubPath).isFile()) {
-        log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/pleaseSelectStubFile"));
+        log(SYS_LOG_ERROR,
+            [&] { return line("download/dlTab/singleFileDL/pleaseSelectStubFile"); });
         return false;
     }
     QVector<AioEntry> entries;
@@ -67,12 +71,15 @@ bool DownloadSettings::validateList(const Log& log) const {
     QSet<QString> paths;
     for (const AioEntry& entry : entries) {
         if (!QFileInfo::exists(entry.path)) {
-            log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/filePathExistFmt",
-                                    entry.path.toStdString().c_str()));
+            log(SYS_LOG_ERROR, [&] {
+                return line("download/dlTab/singleFileDL/filePathExistFmt",
+                            entry.path.toStdString().c_str());
+            });
             return false;
         }
         if (addresses.contains(entry.startAddr) || paths.contains(entry.path)) {
-            log(SYS_LOG_ERROR, line("download/dlTab/singleFileDL/filePathOrStartAddrRepeat"));
+            log(SYS_LOG_ERROR,
+                [&] { return line("download/dlTab/singleFileDL/filePathOrStartAddrRepeat"); });
             return false;
         }
         addresses.insert(entry.startAddr);

@@ -20,7 +20,10 @@ struct DownloadRow {
 // its own thread never reads a widget. It also holds the list's checks.
 class DownloadSettings {
 public:
-    using Log = std::function<void(SYS_LOG_LEVEL, const QString&)>;
+    // A line is made only when it is logged: a run whose page has gone makes none, and so
+    // asks nothing of a window that is no longer there.
+    using Line = std::function<QString()>;
+    using Log = std::function<void(SYS_LOG_LEVEL, const Line&)>;
 
     int runMode = 0; // 0 stub and file list, 1 all-in-one image
     int portNumber = -1;

@@ -230,7 +230,8 @@ void DownloadWindow::setUpRun() {
 }
 
 DownloadSettings::Log DownloadWindow::pageLog() {
-    return [this](SYS_LOG_LEVEL level, const QString& line) { addLog(level, line); };
+    return
+        [this](SYS_LOG_LEVEL level, const DownloadSettings::Line& line) { addLog(level, line()); };
 }
 
 int DownloadWindow::portNumber() const {

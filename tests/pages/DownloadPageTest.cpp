@@ -545,3 +545,23 @@ TEST_F(DownloadPage, AllInOneMadeFromTheListIsTakenByTheBoard) {
     EXPECT_EQ(board.ram(0x20100000, 100), b);
     EXPECT_EQ(board.startedAt(), 0x20000000u);
 }
+
+TEST_F(DownloadPage, ClosingTheWindowDuringARunLeavesTheRunToFinishAlone) {
+    const QByteArray app = pattern(24000, 21);
+    makeImage(pattern(500, 20), app, pattern(10, 22));
+    BoardSim::Options o;
+    o.resetOnOpen = true;
+    o.syncAnswer = 51;
+    o.paceAtBaud = true; // about two seconds on the line at 115200
+    BoardSim board(o);
+    choose(board, "simC");
+    page->dlBaudBox->setCurrentText("115200");
+    QTest::mouseClick(page->aioStartButton, Qt::LeftButton);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return board.frames().size() >= 2; }, 5000));
+    Release(); // the window and its pages go while the run is on the line
+    page = nullptr;
+    // The run goes on with its own port and engine and only stops talking to the page.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return board.stage() == BoardSim::Stage::Firmware; }, 20000));
+    EXPECT_EQ(board.flash(0x10000, uint32_t(app.size())), app);
+    QTest::qWait(50);
+}
