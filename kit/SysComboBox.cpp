@@ -159,17 +159,7 @@ void SysComboBox::setArrowColor(std::string color) {
 }
 
 void SysComboBox::setScrollBarColor(std::string color) {
-    const std::string track = sysLighten(color, 0.5f);
-    const std::string handle = sysDarken(color, 0.25f);
-    const std::string handleHover = sysDarken(color, 0.5f);
-    setStyleSheet(
-        styleSheet() +
-        QString::asprintf(
-            "\tQComboBox QScrollBar {\t\tbackground-color: %s;\t\tborder: 1px solid %s;\t}"
-            "\tQComboBox QScrollBar:hover {\t\tborder: 1px solid %s;\t}"
-            "\tQComboBox QScrollBar::handle {\t\tbackground-color: %s;\t}"
-            "\tQComboBox QScrollBar::handle:hover {\t\tbackground-color: %s;\t}",
-            track.c_str(), color.c_str(), color.c_str(), handle.c_str(), handleHover.c_str()));
+    setStyleSheet(styleSheet() + sysScrollBarRules("QComboBox", color));
 }
 
 void SysComboBox::setThemeColor(std::string color) {

@@ -86,17 +86,7 @@ void SysList::setNoBorder() {
 }
 
 void SysList::setScrollBarColor(std::string color) {
-    const std::string track = sysLighten(color, 0.5f);
-    const std::string handle = sysDarken(color, 0.25f);
-    const std::string handleHover = sysDarken(color, 0.5f);
-    setStyleSheet(
-        styleSheet() +
-        QString::asprintf(
-            "\tQListWidget QScrollBar {\t\tbackground-color: %s;\t\tborder: 1px solid %s;\t}"
-            "\tQListWidget QScrollBar:hover {\t\tborder: 1px solid %s;\t}"
-            "\tQListWidget QScrollBar::handle {\t\tbackground-color: %s;\t}"
-            "\tQListWidget QScrollBar::handle:hover {\t\tbackground-color: %s;\t}",
-            track.c_str(), color.c_str(), color.c_str(), handle.c_str(), handleHover.c_str()));
+    setStyleSheet(styleSheet() + sysScrollBarRules("QListWidget", color));
 }
 
 void SysList::setThemeColor(std::string color) {

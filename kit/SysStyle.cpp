@@ -137,3 +137,16 @@ QStringList sysRangeStrings(int from, int to, std::function<QString(int)> format
     }
     return texts;
 }
+
+QString sysScrollBarRules(const char* scope, std::string color) {
+    const std::string track = sysLighten(color, 0.5f);
+    const std::string handle = sysDarken(color, 0.25f);
+    const std::string handleHover = sysDarken(color, 0.5f);
+    return QString::asprintf(
+        "\t%s QScrollBar {\t\tbackground-color: %s;\t\tborder: 1px solid %s;\t}"
+        "\t%s QScrollBar:hover {\t\tborder: 1px solid %s;\t}"
+        "\t%s QScrollBar::handle {\t\tbackground-color: %s;\t}"
+        "\t%s QScrollBar::handle:hover {\t\tbackground-color: %s;\t}",
+        scope, track.c_str(), color.c_str(), scope, color.c_str(), scope, handle.c_str(), scope,
+        handleHover.c_str());
+}

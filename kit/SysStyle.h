@@ -43,3 +43,7 @@ void sysResizeRelative(QWidget* w, QWidget* reference, float ratio);
 // The texts of the values from `from` to `to`, both included, going by `step` (negative walks
 // downwards). A step of 0 yields nothing.
 QStringList sysRangeStrings(int from, int to, std::function<QString(int)> format, int step = 1);
+
+// The scroll-bar rules of a scrolling widget whose selector is `scope` (e.g. "QTextEdit"),
+// shaded from one colour: track, border, handle and their hover states.
+QString sysScrollBarRules(const char* scope, std::string color);

@@ -345,15 +345,7 @@ void SysTable::setGridColor(std::string color) {
 }
 
 void SysTable::setScrollBarColor(std::string color) {
-    const std::string track = sysLighten(color, 0.5f);
-    const std::string handle = sysDarken(color, 0.25f);
-    const std::string handleHover = sysDarken(color, 0.5f);
-    appendStyle(QString::asprintf(
-        "\tQTableWidget QScrollBar {\t\tbackground-color: %s;\t\tborder: 1px solid %s;\t}"
-        "\tQTableWidget QScrollBar:hover {\t\tborder: 1px solid %s;\t}"
-        "\tQTableWidget QScrollBar::handle {\t\tbackground-color: %s;\t}"
-        "\tQTableWidget QScrollBar::handle:hover {\t\tbackground-color: %s;\t}",
-        track.c_str(), color.c_str(), color.c_str(), handle.c_str(), handleHover.c_str()));
+    appendStyle(sysScrollBarRules("QTableWidget", color));
 }
 
 void sysAddTableMenu(SysTable* table, SysMenu* menu, bool withClear, QString allHtmlText,

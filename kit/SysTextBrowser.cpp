@@ -56,17 +56,7 @@ void SysTextBrowser::setBackgroundColor(std::string color) {
 }
 
 void SysTextBrowser::setScrollBarColor(std::string color) {
-    const std::string track = sysLighten(color, 0.5f);
-    const std::string handle = sysDarken(color, 0.25f);
-    const std::string handleHover = sysDarken(color, 0.5f);
-    setStyleSheet(
-        styleSheet() +
-        QString::asprintf(
-            "\tQTextBrowser QScrollBar {\t\tbackground-color: %s;\t\tborder: 1px solid %s;\t}"
-            "\tQTextBrowser QScrollBar:hover {\t\tborder: 1px solid %s;\t}"
-            "\tQTextBrowser QScrollBar::handle {\t\tbackground-color: %s;\t}"
-            "\tQTextBrowser QScrollBar::handle:hover {\t\tbackground-color: %s;\t}",
-            track.c_str(), color.c_str(), color.c_str(), handle.c_str(), handleHover.c_str()));
+    setStyleSheet(styleSheet() + sysScrollBarRules("QTextBrowser", color));
 }
 
 void SysTextBrowser::setThemeColor(std::string color) {

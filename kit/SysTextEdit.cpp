@@ -109,17 +109,7 @@ void SysTextEdit::setDisabledBackgroundColor(std::string color) {
 }
 
 void SysTextEdit::setScrollBarColor(std::string color) {
-    const std::string track = sysLighten(color, 0.5f);
-    const std::string handle = sysDarken(color, 0.25f);
-    const std::string handleHover = sysDarken(color, 0.5f);
-    setStyleSheet(
-        styleSheet() +
-        QString::asprintf(
-            "\tQTextEdit QScrollBar {\t\tbackground-color: %s;\t\tborder: 1px solid %s;\t}"
-            "\tQTextEdit QScrollBar:hover {\t\tborder: 1px solid %s;\t}"
-            "\tQTextEdit QScrollBar::handle {\t\tbackground-color: %s;\t}"
-            "\tQTextEdit QScrollBar::handle:hover {\t\tbackground-color: %s;\t}",
-            track.c_str(), color.c_str(), color.c_str(), handle.c_str(), handleHover.c_str()));
+    setStyleSheet(styleSheet() + sysScrollBarRules("QTextEdit", color));
 }
 
 void SysTextEdit::setThemeColor(std::string color) {

@@ -100,17 +100,7 @@ void SysTree::setBackgroundColor(std::string color) {
 }
 
 void SysTree::setScrollBarColor(std::string color) {
-    const std::string track = sysLighten(color, 0.5f);
-    const std::string handle = sysDarken(color, 0.25f);
-    const std::string handleHover = sysDarken(color, 0.5f);
-    setStyleSheet(
-        styleSheet() +
-        QString::asprintf(
-            "\tQTreeWidget QScrollBar {\t\tbackground-color: %s;\t\tborder: 1px solid %s;\t}"
-            "\tQTreeWidget QScrollBar:hover {\t\tborder: 1px solid %s;\t}"
-            "\tQTreeWidget QScrollBar::handle {\t\tbackground-color: %s;\t}"
-            "\tQTreeWidget QScrollBar::handle:hover {\t\tbackground-color: %s;\t}",
-            track.c_str(), color.c_str(), color.c_str(), handle.c_str(), handleHover.c_str()));
+    setStyleSheet(styleSheet() + sysScrollBarRules("QTreeWidget", color));
 }
 
 void SysTree::setSelectionColor(std::string color) {
