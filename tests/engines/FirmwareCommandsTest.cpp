@@ -84,7 +84,6 @@ template <typename Engine> struct BenchOf {
     QByteArray wire() const { return board.firmwareInput(); }
     State state() const { return fw.state(); }
     // Sleeps until the bytes the board sent have reached the host's driver.
-    void settle() const { sleepFor(40); }
 };
 using Bench = BenchOf<AppQZ4420Imple>;
 using Bench4410 = BenchOf<AppQZ4410Imple>;
@@ -129,12 +128,16 @@ TEST(FirmwareCommands, ReplyRulesOfTheChannel) {
             Bench b;
             b.fw.inject(Fault::delay(600, "amt_tx_1M"));
             EXPECT_FALSE(b.engine.startSingleTone(b.port));
-            sleepFor(150);
+            // Well past the late answer, so that it waits alone in the driver even on a busy
+            // machine, not together with the next command's own answer.
+            sleepFor(350);
+            // Its own answer comes late too, so that it cannot be read together with the
+            // first one however the threads are scheduled.
+            b.fw.inject(Fault::delay(100, "amtBleReset"));
             Timer t;
             EXPECT_TRUE(b.engine.resetBle(b.port));
             EXPECT_LT(t.ms(), 100);
             // ... and its own "OK" is left for the one after.
-            b.settle();
             b.fw.inject(Fault::withhold("amtBleTxStop"));
             EXPECT_TRUE(b.engine.stopBleTx(b.port));
             EXPECT_TRUE(b.fw.waitForLines(3, 500)); // it returned before its line got there
