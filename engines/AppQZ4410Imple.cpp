@@ -531,10 +531,10 @@ bool AppQZ4410Imple::calibrateTxPower(ComPort& port, int mode, int first, QStrin
         logError("SET_POWER_CALV: can not find [%s] sign!", word.c_str());
         return false;
     }
-    // A fixed-width field behind the word; a reply that ends sooner gives what there is.
-    const int from = at + int(word.size());
-    const int len = std::min(kTxPowerLength, rsp.size() - from);
-    const QString field = QString::fromStdString(textFrom(rsp, from, len)).trimmed();
+    // A fixed-width field behind the word. A reply that ends sooner holds no field at all,
+    // and the empty cut is reported like a blank one.
+    const QString field =
+        QString::fromStdString(textFrom(rsp, at + int(word.size()), kTxPowerLength)).trimmed();
     if (field.isEmpty()) {
         logError("获取到寄存器的值为空!");
         return false;

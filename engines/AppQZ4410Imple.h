@@ -18,7 +18,11 @@ public:
     AppQZ4410Imple();
     ~AppQZ4410Imple() override;
 
-    void setBlockSize(int size) { blockSize = size; }
+    // Bytes per block; a size below 1 is no size and leaves the one there was.
+    void setBlockSize(int size) {
+        if (size > 0)
+            blockSize = size;
+    }
     void setLogProgress(bool on) { logProgress = on; }
 
     // One sync try: writes "cnys", hands back the first byte of the answer in *mode.

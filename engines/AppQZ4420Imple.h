@@ -25,7 +25,11 @@ public:
     AppQZ4420Imple();
     ~AppQZ4420Imple() override;
 
-    void setBlockSize(int size) { blockSize = size; }
+    // Bytes per block; a size below 1 is no size and leaves the one there was.
+    void setBlockSize(int size) {
+        if (size > 0)
+            blockSize = size;
+    }
     int getBlockSize() const { return blockSize; }
     void setLogProgress(bool on) { logProgress = on; }
     // Reports, once, that the board's last reply said its flash is too small.

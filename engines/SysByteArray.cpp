@@ -26,8 +26,9 @@ uint32_t SysByteArray::readU32() {
     return value;
 }
 
+// A cursor that seek put in front of the data has nothing to read.
 bool SysByteArray::readBytes(int count, SysByteArray& out) {
-    if (count < 0 || count > remaining())
+    if (count < 0 || pos_ < 0 || count > remaining())
         return false;
     out.clear();
     out.append(data_.constData() + pos_, count);
@@ -36,7 +37,7 @@ bool SysByteArray::readBytes(int count, SysByteArray& out) {
 }
 
 bool SysByteArray::readBytes(int count, ByteBuffer& out) {
-    if (count < 0 || count > remaining())
+    if (count < 0 || pos_ < 0 || count > remaining())
         return false;
     out.resize(count);
     std::copy(data_.constData() + pos_, data_.constData() + pos_ + count,

@@ -28,10 +28,13 @@ template <typename... Args> QString line(const char* key, Args... args) {
 DownloadRun::DownloadRun(std::shared_ptr<DownloadSession> session, DownloadSettings settings)
     : session_(std::move(session)), settings_(std::move(settings)) {}
 
-void DownloadRun::start(std::shared_ptr<DownloadSession> session, DownloadSettings settings) {
+bool DownloadRun::start(std::shared_ptr<DownloadSession> session, DownloadSettings settings) {
+    if (!session->claim())
+        return false;
     std::thread([run = DownloadRun(std::move(session), std::move(settings))]() mutable {
         run.run();
     }).detach();
+    return true;
 }
 
 void DownloadRun::logError(const DownloadSettings::Line& line) {
@@ -59,6 +62,8 @@ void DownloadRun::run() {
         logInfo([&] { return line("download/dlTab/download/success"); });
     else
         logError([&] { return line("download/dlTab/download/failed"); });
+    // Free before message 1, so that a start made as soon as the controls are back is taken.
+    session_->release();
     session_->sendMsg(1, settings_.runMode);
 }
 

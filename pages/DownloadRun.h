@@ -14,10 +14,11 @@ class DownloadRun {
 public:
     DownloadRun(std::shared_ptr<DownloadSession> session, DownloadSettings settings);
 
-    // Runs the whole download on the calling thread.
+    // Runs the whole download on the calling thread, and frees the session before message 1.
     void run();
-    // Starts run() on a detached thread that keeps the session alive.
-    static void start(std::shared_ptr<DownloadSession> session, DownloadSettings settings);
+    // Starts run() on a detached thread that keeps the session alive. False, and nothing
+    // started, while another run holds the session.
+    static bool start(std::shared_ptr<DownloadSession> session, DownloadSettings settings);
 
 private:
     bool prepare();

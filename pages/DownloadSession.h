@@ -6,6 +6,7 @@
 
 #include <QVariant>
 
+#include <atomic>
 #include <functional>
 #include <mutex>
 
@@ -30,7 +31,14 @@ public:
     // Routes an engine's lines through log(), on the thread that logs them.
     void hookEngine(AppImpleBase* engine);
 
+    // One run at a time owns the port and engine. The controls go off only when message 0
+    // reaches the page, so a second start can come before that; it is refused here instead
+    // of reopening the port under the run that holds it.
+    bool claim() { return !busy_.exchange(true); }
+    void release() { busy_ = false; }
+
 private:
+    std::atomic<bool> busy_{false};
     std::mutex mutex_;
     TabWinBase* page_;
 };

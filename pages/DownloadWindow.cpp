@@ -384,10 +384,13 @@ void DownloadWindow::createAllInOne() {
     if (outPath.isEmpty())
         return;
     const uint32_t stubAddr = startupAddrEdit->text().toUInt(nullptr, 16);
+    // Plain words go through the formatter like every logged line, so "%%" shows as "%".
     if (session_->engine.createAio(stubSelect->pathEdit->text(), entries, outPath, stubAddr))
-        logInfo("%s",
-                fmt("download/dlTab/singleFileDL/otherFunc/createAllInOneFileSuccess").c_str());
+        addLog(SYS_LOG_INFO,
+               MainWindow::formatText(
+                   "download/dlTab/singleFileDL/otherFunc/createAllInOneFileSuccess"));
     else
-        logError("%s",
-                 fmt("download/dlTab/singleFileDL/otherFunc/createAllInOneFileFailed").c_str());
+        addLog(SYS_LOG_ERROR,
+               MainWindow::formatText(
+                   "download/dlTab/singleFileDL/otherFunc/createAllInOneFileFailed"));
 }

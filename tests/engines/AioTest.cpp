@@ -71,6 +71,44 @@ protected:
 
 } // namespace
 
+TEST(ByteStream, AppendsReadsAndCursorBounds) {
+    SysByteArray s;
+    s.appendU8(0x7F);
+    s.appendU32(0x11223344);
+    s.appendText(QStringLiteral("ab"));
+    SysByteArray tail(QByteArray("xyz"));
+    tail.seek(2); // the other stream's cursor plays no part
+    s.append(tail, 2);
+    s.append(tail);
+    EXPECT_EQ(s.bytes(), QByteArray("\x7F\x44\x33\x22\x11"
+                                    "abxyxyz"));
+    EXPECT_EQ(s.pos(), 0); // appends leave the cursor alone
+
+    EXPECT_EQ(s.readU8(), 0x7F);
+    EXPECT_EQ(s.readU32(), 0x11223344u);
+    EXPECT_EQ(s.remaining(), 7);
+    SysByteArray part(QByteArray("old"));
+    EXPECT_TRUE(s.readBytes(2, part));
+    EXPECT_EQ(part.bytes(), QByteArray("ab"));
+    ByteBuffer buf(std::string("longer than needed"));
+    EXPECT_FALSE(s.readBytes(6, buf)); // past the end: nothing moves
+    EXPECT_EQ(s.pos(), 7);
+    EXPECT_TRUE(s.readBytes(5, buf));
+    EXPECT_EQ(toBytes(buf), QByteArray("xyxyz"));
+    EXPECT_FALSE(s.hasMore());
+    EXPECT_TRUE(s.readBytes(0, buf));
+    EXPECT_EQ(buf.size(), 0);
+
+    // A cursor outside the data reads nothing, on either side of it.
+    s.seek(s.size() + 3);
+    EXPECT_FALSE(s.readBytes(1, part));
+    s.seek(-4);
+    EXPECT_FALSE(s.readBytes(2, part));
+    EXPECT_FALSE(s.readBytes(2, buf));
+    EXPECT_EQ(part.bytes(), QByteArray("ab"));
+    EXPECT_EQ(s.pos(), -4);
+}
+
 TEST_F(Aio, StubOnlyImageIsThirtyBytes) {
     writeFile(path("stub.bin"), fill(16, 1));
     AppQZ4420Imple engine;
@@ -125,11 +163,13 @@ TEST_F(Aio, RoundTripKeepsOrderAndTargets) {
     EXPECT_EQ(entries[2].startAddr, 0xFFFFFFFFu);
     for (const AioEntry& e : entries)
         EXPECT_TRUE(e.path.isEmpty());
-    EXPECT_EQ(infos, QStringList({"PARSE_AIO: find 4 bin in all-in-one file",
-                                  "PARSE_AIO: get file 0 info: dlType: 0, startAddr: 0x8000, len: 0x64",
-                                  "PARSE_AIO: get file 1 info: dlType: 2, startAddr: 0x10000, len: 0x1388",
-                                  "PARSE_AIO: get file 2 info: dlType: 1, startAddr: 0x20000000, len: 0x00",
-                                  "PARSE_AIO: get file 3 info: dlType: 2, startAddr: 0xffffffff, len: 0x01"}));
+    EXPECT_EQ(
+        infos,
+        QStringList({"PARSE_AIO: find 4 bin in all-in-one file",
+                     "PARSE_AIO: get file 0 info: dlType: 0, startAddr: 0x8000, len: 0x64",
+                     "PARSE_AIO: get file 1 info: dlType: 2, startAddr: 0x10000, len: 0x1388",
+                     "PARSE_AIO: get file 2 info: dlType: 1, startAddr: 0x20000000, len: 0x00",
+                     "PARSE_AIO: get file 3 info: dlType: 2, startAddr: 0xffffffff, len: 0x01"}));
 }
 
 TEST_F(Aio, ReaderFaultsHaveTheirLines) {
@@ -139,11 +179,14 @@ TEST_F(Aio, ReaderFaultsHaveTheirLines) {
         QString error;
     };
     const Case cases[] = {
-        {QByteArray("beno\x01\0\0\0", 8) + one, "PARSE_AIO: can not find all-in-one start sign, file is invalid!"},
+        {QByteArray("beno\x01\0\0\0", 8) + one,
+         "PARSE_AIO: can not find all-in-one start sign, file is invalid!"},
         {QByteArray("one"), "PARSE_AIO: can not find all-in-one start sign, file is invalid!"},
         {QByteArray("oneb\x02", 5) + one, "PARSE_AIO: has no file more to read! cur file index: 1"},
-        {QByteArray("oneb\x01", 5) + fill(8, 0), "PARSE_AIO: no data remain to read file header! cur file index: 0"},
-        {QByteArray("oneb\x01", 5) + one.left(one.size() - 1), "PARSE_AIO: no data remain to read file content! cur file index: 0"},
+        {QByteArray("oneb\x01", 5) + fill(8, 0),
+         "PARSE_AIO: no data remain to read file header! cur file index: 0"},
+        {QByteArray("oneb\x01", 5) + one.left(one.size() - 1),
+         "PARSE_AIO: no data remain to read file content! cur file index: 0"},
         {QByteArray("oneb\x01", 5) + onebRecord(1, 0, QByteArray()), ""}, // an empty file is fine
     };
     for (const Case& c : cases) {
@@ -159,7 +202,8 @@ TEST_F(Aio, ReaderFaultsHaveTheirLines) {
     // A length beyond the data, even one that wraps when added, is a fault.
     QStringList errors;
     EXPECT_FALSE(parse(QByteArray("oneb\x01\x02", 6) + le32(0) + le32(0xFFFFFFF0) + "xy", &errors));
-    EXPECT_EQ(errors, QStringList({"PARSE_AIO: no data remain to read file content! cur file index: 0"}));
+    EXPECT_EQ(errors,
+              QStringList({"PARSE_AIO: no data remain to read file content! cur file index: 0"}));
     QFile::remove(path("in.bin"));
     AppQZ4420Imple engine;
     LogCatcher log(&engine);
@@ -191,8 +235,9 @@ TEST_F(Aio, WriterReadsEverythingBeforeTouchingTheOutput) {
     QVector<AioEntry> list(1);
     list[0].path = path("missing.bin");
     EXPECT_FALSE(engine.createAio(path("stub.bin"), list, path("out.aio"), 0));
-    EXPECT_EQ(log.errors(), QStringList({"RD_FILE: can not open file: " + path("missing.bin"),
-                                         "CREATE_AIO: read all data failed: " + path("missing.bin")}));
+    EXPECT_EQ(log.errors(),
+              QStringList({"RD_FILE: can not open file: " + path("missing.bin"),
+                           "CREATE_AIO: read all data failed: " + path("missing.bin")}));
     EXPECT_EQ(readFile(path("out.aio")), QByteArray("previous image"));
 
     log.clear();
@@ -226,8 +271,8 @@ TEST_F(Aio, BenoReaderKeepsTypesAndStopsAtTheEndOfTheData) {
     auto record = [](uint32_t type, uint32_t addr, const QByteArray& content) {
         return le32(type) + le32(addr) + le32(uint32_t(content.size())) + content;
     };
-    const QByteArray good = QByteArray("beno") + le32(2) + record(0, 0x100, fill(20, 1)) +
-                            record(9, 0x200, fill(3, 2));
+    const QByteArray good =
+        QByteArray("beno") + le32(2) + record(0, 0x100, fill(20, 1)) + record(9, 0x200, fill(3, 2));
     writeFile(path("b.aio"), good);
     AppQZ4410Imple engine;
     LogCatcher log(&engine);
@@ -245,12 +290,17 @@ TEST_F(Aio, BenoReaderKeepsTypesAndStopsAtTheEndOfTheData) {
         QString error;
     };
     const Case cases[] = {
-        {QByteArray("oneb\x01", 5) + onebRecord(1, 0, fill(1, 1)), "PARSE_AIO: can not find all-in-one start sign, file is invalid!"},
+        {QByteArray("oneb\x01", 5) + onebRecord(1, 0, fill(1, 1)),
+         "PARSE_AIO: can not find all-in-one start sign, file is invalid!"},
         {QByteArray("beno") + le32(0), "PARSE_AIO: can not parse any file in all-in-one file!"},
-        {QByteArray("beno") + le32(3) + record(1, 0, fill(2, 0)), "PARSE_AIO: has no file more to read! cur file index: 1"},
-        {QByteArray("beno") + le32(1) + le32(1) + le32(2), "PARSE_AIO: no data remain to read file header! cur file index: 0"},
-        {QByteArray("beno") + le32(1) + le32(1) + le32(2) + le32(0xFFFFFFFF) + "ab", "PARSE_AIO: no data remain to read file content! cur file index: 0"},
-        {QByteArray("beno") + le32(0xFFFFFFFF) + record(1, 0, fill(1, 0)), "PARSE_AIO: has no file more to read! cur file index: 1"},
+        {QByteArray("beno") + le32(3) + record(1, 0, fill(2, 0)),
+         "PARSE_AIO: has no file more to read! cur file index: 1"},
+        {QByteArray("beno") + le32(1) + le32(1) + le32(2),
+         "PARSE_AIO: no data remain to read file header! cur file index: 0"},
+        {QByteArray("beno") + le32(1) + le32(1) + le32(2) + le32(0xFFFFFFFF) + "ab",
+         "PARSE_AIO: no data remain to read file content! cur file index: 0"},
+        {QByteArray("beno") + le32(0xFFFFFFFF) + record(1, 0, fill(1, 0)),
+         "PARSE_AIO: has no file more to read! cur file index: 1"},
     };
     for (const Case& c : cases) {
         writeFile(path("b.aio"), c.image);

@@ -146,10 +146,10 @@ TEST(BootDialogue, ResyncWritesZerosUntilTheBoardIsBackInStep) {
     board.join();
     EXPECT_EQ(blocks, text(data, 0, 3000));
     EXPECT_EQ(b.peer.read(20, 100), ""); // nothing more than that
-    EXPECT_EQ(b.log.infos(), QStringList({"DL_TRUNK: the file will be slice to 3 blocks...",
-                                          "DL_TRUNK: trunk downloaded 33.33%",
-                                          "DL_TRUNK: trunk downloaded 66.67%",
-                                          "DL_TRUNK: trunk downloaded 100.00%"}));
+    EXPECT_EQ(b.log.infos(),
+              QStringList({"DL_TRUNK: the file will be slice to 3 blocks...",
+                           "DL_TRUNK: trunk downloaded 33.33%", "DL_TRUNK: trunk downloaded 66.67%",
+                           "DL_TRUNK: trunk downloaded 100.00%"}));
     EXPECT_TRUE(b.log.errors().isEmpty());
 }
 
@@ -221,9 +221,9 @@ TEST(BootDialogue, EveryRefusalEndsTheTransferWithItsLine) {
         EXPECT_FALSE(engine.sendFinish(closed));
         int mode = 0;
         EXPECT_FALSE(engine.syncBoard(closed, &mode, 0));
-        EXPECT_EQ(log.errors(), QStringList({"DL_TRUNK: write file header data failed!",
-                                             "SEND_FINISH: write cmd failed!",
-                                             "SYNC: write sync cmd failed!"}));
+        EXPECT_EQ(log.errors(),
+                  QStringList({"DL_TRUNK: write file header data failed!",
+                               "SEND_FINISH: write cmd failed!", "SYNC: write sync cmd failed!"}));
     }
 }
 
@@ -251,9 +251,8 @@ TEST(BootDialogue, StubDownloadAndFinish) {
         Bench b;
         const QString missing = dir.filePath("no-stub.bin");
         EXPECT_FALSE(b.engine.downloadUboot(b.port, missing, 0, false));
-        EXPECT_EQ(b.log.errors(),
-                  QStringList({"RD_FILE: can not open file: " + missing,
-                               "DL_UBOOT: read all file data failed!"}));
+        EXPECT_EQ(b.log.errors(), QStringList({"RD_FILE: can not open file: " + missing,
+                                               "DL_UBOOT: read all file data failed!"}));
         EXPECT_EQ(b.peer.read(20, 100), "");
     }
 }

@@ -148,6 +148,10 @@ TEST(FlashServices, BlockSizesAndProgressLines) {
         }
         EXPECT_EQ(b.board.flash(0, uint32_t(size)), pattern(size, size));
     }
+    // A block size below 1 is refused, not divided by.
+    b.engine.setBlockSize(0);
+    b.engine.setBlockSize(-4096);
+    EXPECT_EQ(b.engine.getBlockSize(), 1024);
     // Three blocks: a line for each.
     b.log.clear();
     ASSERT_TRUE(b.engine.downloadTrunk(b.port, SysByteArray(pattern(3000, 3)), 0, true, 3));

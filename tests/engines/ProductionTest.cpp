@@ -315,7 +315,7 @@ TEST(ProductionCommands, CalibrationCutsItsValueOutOfTheReply) {
     b.log.clear();
 
     b.answer({"txpower:0x1f2a3b\r\nOK\r\n", "OK txpower:  12    \r\n", "txpower:        OK",
-              "txpower:0x1f\r\n", "OKtxpower:5"});
+              "txpower:0x1f\r\n", "OKtxpower:5", "OKtxpower:1a2b3c4d"});
     EXPECT_TRUE(b.engine.calibrateTxPower(b.port, 0, 3, value));
     EXPECT_EQ(value, "0x1f2a3b");
     EXPECT_TRUE(b.engine.calibrateTxPower(b.port, 1, 4, value));
@@ -324,13 +324,17 @@ TEST(ProductionCommands, CalibrationCutsItsValueOutOfTheReply) {
     EXPECT_FALSE(b.engine.calibrateTxPower(b.port, 2, 4, value));
     EXPECT_FALSE(b.engine.calibrateTxPower(b.port, 9, 4, value));
     EXPECT_EQ(value, "kept");
-    EXPECT_TRUE(b.engine.calibrateTxPower(b.port, 0, 5, value)); // a short tail gives what it has
-    EXPECT_EQ(value, "5");
+    // Fewer than eight bytes behind the word hold no field: nothing is cut, the value is empty.
+    EXPECT_FALSE(b.engine.calibrateTxPower(b.port, 0, 5, value));
+    EXPECT_EQ(value, "kept");
+    EXPECT_TRUE(b.engine.calibrateTxPower(b.port, 0, 6, value)); // exactly eight bytes
+    EXPECT_EQ(value, "1a2b3c4d");
     EXPECT_EQ(b.heard(),
               Lines({"amt_txpower_cal 3 1\r", "amt_txpower_cal 4 0\r", "amt_txpower_cal 4 3\r",
-                     "amt_txpower_cal 4 -1\r", "amt_txpower_cal 5 1\r"}));
+                     "amt_txpower_cal 4 -1\r", "amt_txpower_cal 5 1\r", "amt_txpower_cal 6 1\r"}));
     EXPECT_EQ(b.log.errors(),
-              QStringList({"获取到寄存器的值为空!", "SET_POWER_CALV: can not find OK sign!"}));
+              QStringList({"获取到寄存器的值为空!", "SET_POWER_CALV: can not find OK sign!",
+                           "获取到寄存器的值为空!"}));
 }
 
 TEST(ProductionCommands, PhyTestsCarryModeNumbersAndLetTheRadioSettle) {

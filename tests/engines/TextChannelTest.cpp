@@ -13,7 +13,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 long msSince(Clock::time_point start) {
-    return long(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
+    return long(
+        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
 }
 
 struct Bench {
@@ -138,7 +139,8 @@ TEST(TextChannel, RestartsAndStateSwitches) {
     {
         Bench b;
         EXPECT_FALSE(b.engine.switchToState(b.port, 4));
-        EXPECT_EQ(b.log.errors(), QStringList({"MAKE_SURE_STATE: can not switch to soft state: 4"}));
+        EXPECT_EQ(b.log.errors(),
+                  QStringList({"MAKE_SURE_STATE: can not switch to soft state: 4"}));
     }
     {
         Bench b; // ping: two tries on a silent board, and the log flag comes back as it was

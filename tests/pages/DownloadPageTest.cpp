@@ -565,3 +565,75 @@ TEST_F(DownloadPage, ClosingTheWindowDuringARunLeavesTheRunToFinishAlone) {
     EXPECT_EQ(board.flash(0x10000, uint32_t(app.size())), app);
     QTest::qWait(50);
 }
+
+// A second click that comes before message 0 has turned the controls off finds the port
+// taken: it starts nothing, and the one run finishes on a port that nobody reopened.
+TEST_F(DownloadPage, AStartBeforeTheControlsGoOffIsRefused) {
+    const QByteArray stub = pattern(800, 30), app = pattern(6000, 31), data = pattern(40, 32);
+    makeImage(stub, app, data);
+    BoardSim::Options o;
+    o.resetOnOpen = true;
+    BoardSim board(o);
+    choose(board, "simD");
+    const QString success = w("download/dlTab/download/success");
+    const QString failed = w("download/dlTab/download/failed");
+    auto endings = [&](int from) {
+        int n = 0;
+        for (const QString& l : linesFrom(from))
+            n += (l == success || l == failed) ? 1 : 0;
+        return n;
+    };
+    const int before = log->nextRow;
+    // Clicks are delivered at once; the queued message 0 has not run between them.
+    QTest::mouseClick(page->aioStartButton, Qt::LeftButton);
+    QTest::mouseClick(page->aioStartButton, Qt::LeftButton);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return endings(before) >= 1; }, 20000));
+    // A second run would sync for up to a second and then end with its own line.
+    EXPECT_FALSE(QTest::qWaitFor([&] { return endings(before) >= 2; }, 1500))
+        << linesFrom(before).join('\n').toStdString();
+    const QStringList lines = linesFrom(before);
+    EXPECT_EQ(lines.last(), success) << lines.join('\n').toStdString();
+    EXPECT_EQ(lines.count(w("download/dlTab/softverStartSuccess")), 1);
+    EXPECT_EQ(board.flash(0x10000, 6000), app);
+    EXPECT_TRUE(page->settingsBox->isEnabled());
+
+    // Once the controls are back, the next click is a run of its own.
+    runAndWait(page->aioStartButton);
+    EXPECT_EQ(runLines.last(), success) << runLines.join('\n').toStdString();
+    EXPECT_EQ(runLines.count(success), 1);
+}
+
+// Plain words are logged through the formatter like formats: a word's "%%" shows as "%".
+TEST_F(DownloadPage, PlainWordsOfTheAllInOneActionAreFormatted) {
+    struct PercentWords : HostWords {
+        QString text(QString key) override {
+            if (key == "download/dlTab/singleFileDL/otherFunc/createAllInOneFileSuccess")
+                return "100%% made";
+            if (key == "download/dlTab/singleFileDL/otherFunc/createAllInOneFileFailed")
+                return "0%% made";
+            return HostWords::text(key);
+        }
+    } percent;
+    window->setTextService(&percent);
+    writeFile(dir.filePath("stub.bin"), pattern(100, 40));
+    writeFile(dir.filePath("a.bin"), pattern(200, 41));
+    page->stubSelect->pathEdit->setText(dir.filePath("stub.bin"));
+    page->fileRows[0]->select->setChecked(true);
+    page->fileRows[0]->file->pathEdit->setText(dir.filePath("a.bin"));
+    page->fileRows[0]->addr->setText("0x8000");
+    QString answer = dir.filePath("made.bin");
+    SysFileDialog::setAnswer([&](SysFileDialog::Kind, const QString&, const QString&,
+                                 const QString&) { return answer; });
+    emit page->actionBox->activated(3);
+    QApplication::processEvents();
+    EXPECT_EQ(linesFrom(log->nextRow - 1), QStringList({"100% made"}));
+    EXPECT_EQ(levelOf("100% made"), "INFO");
+
+    answer = dir.path(); // a folder cannot be written as a file
+    emit page->actionBox->activated(3);
+    QApplication::processEvents();
+    EXPECT_EQ(linesFrom(log->nextRow - 1), QStringList({"0% made"}))
+        << linesFrom(0).join('\n').toStdString();
+    EXPECT_EQ(levelOf("0% made"), "ERROR");
+    window->setTextService(&words);
+}
