@@ -767,9 +767,14 @@ bool AppQZ4420Imple::writeEfuseState(ComPort& port, unsigned word) {
     return writeEfuseWord(port, kEfuseStateOffset, word);
 }
 
+// A field of the state word: one to eight bits, wholly inside the 32-bit word.
+static bool stateFieldFits(int offset, int width) {
+    return offset >= 0 && width >= 1 && width <= 8 && offset + width <= 32;
+}
+
 bool AppQZ4420Imple::readStateBits(ComPort& port, int offset, int width, unsigned char& value) {
     unsigned word = 0;
-    if (!readEfuseState(port, word))
+    if (!stateFieldFits(offset, width) || !readEfuseState(port, word))
         return false;
     value = static_cast<unsigned char>((word >> offset) & ((1u << width) - 1));
     return true;
@@ -777,10 +782,11 @@ bool AppQZ4420Imple::readStateBits(ComPort& port, int offset, int width, unsigne
 
 bool AppQZ4420Imple::writeStateBits(ComPort& port, int offset, int width, unsigned char value) {
     unsigned word = 0;
-    if (!readEfuseState(port, word))
+    if (!stateFieldFits(offset, width) || !readEfuseState(port, word))
         return false;
     const unsigned mask = ((1u << width) - 1) << offset;
-    word = (word & ~mask) | (unsigned(value) << offset);
+    // A value wider than its field burns nothing outside it: efuse bits cannot be cleared.
+    word = (word & ~mask) | ((unsigned(value) << offset) & mask);
     return writeEfuseState(port, word);
 }
 

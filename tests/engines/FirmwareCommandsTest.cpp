@@ -674,6 +674,16 @@ TEST(FirmwareCommands, EfuseWordsAndTheStateWord) {
             EXPECT_TRUE(b.engine.writeEfuseState(b.port, 0x8));
             EXPECT_EQ(b.state().efuseWord(0x20), 0x2010Bu); // bits only ever get set
             EXPECT_TRUE(b.fw.lines().endsWith("efuse write_confirmation"));
+            // A value wider than its field touches nothing beside it; a field outside the word
+            // or wider than a byte sends nothing at all.
+            EXPECT_TRUE(b.engine.writeStateBits(b.port, 2, 1, 0xFF));
+            EXPECT_EQ(b.state().efuseWord(0x20), 0x2010Fu);
+            const int sent = b.fw.lines().size();
+            unsigned char v = 0;
+            EXPECT_FALSE(b.engine.readStateBits(b.port, 28, 8, v));
+            EXPECT_FALSE(b.engine.writeStateBits(b.port, 0, 9, 1));
+            EXPECT_FALSE(b.engine.writeStateBits(b.port, -1, 2, 1));
+            EXPECT_EQ(b.fw.lines().size(), sent);
         },
         [] {
             Bench b;
