@@ -7,6 +7,9 @@
 #include <QListView>
 
 SysComboBox::SysComboBox(QWidget* parent, const QStringList& items) : QComboBox(parent) {
+    // Polished before its sheet is set: Qt carries a changed sheet on to the scroll bars and
+    // popups of a widget only once the widget itself is polished, so later rules reach them.
+    ensurePolished();
     setStyleSheet(QStringLiteral(
         "\tQComboBox {\t\tfont-family: '微软雅黑';\t\tborder: 1px solid transparent;"
         "\t\tpadding: .125em .5em;\t\tmin-width: 4em;\t\tmin-height: 1em;\t}"

@@ -3,6 +3,9 @@
 #include "kit/SysStyle.h"
 
 SysList::SysList(QWidget* parent) : QListWidget(parent) {
+    // Polished before its sheet is set: Qt carries a changed sheet on to the scroll bars and
+    // popups of a widget only once the widget itself is polished, so later rules reach them.
+    ensurePolished();
     setStyleSheet(QStringLiteral(
         "\tQListWidget {\t\tfont-family: '微软雅黑';\t\tbackground-color: #fff;"
         "\t\toutline: 0px;\t\tborder: 1px solid transparent;\t\tborder-radius: .25em;\t}"

@@ -3,6 +3,9 @@
 #include "kit/SysStyle.h"
 
 SysTextEdit::SysTextEdit(QWidget* parent) : QTextEdit(parent) {
+    // Polished before its sheet is set: Qt carries a changed sheet on to the scroll bars and
+    // popups of a widget only once the widget itself is polished, so later rules reach them.
+    ensurePolished();
     setStyleSheet(QStringLiteral(
         "\tQTextEdit {\t\tfont-family: '微软雅黑';\t\tbackground-color: #fff;"
         "\t\tborder: 1px solid transparent;\t\tselection-color: #fff;\t\tborder-radius: .75em;"

@@ -25,6 +25,9 @@ void expandSubtree(QTreeWidgetItem* item) {
 } // namespace
 
 SysTree::SysTree(QWidget* parent) : QTreeWidget(parent) {
+    // Polished before its sheet is set: Qt carries a changed sheet on to the scroll bars and
+    // popups of a widget only once the widget itself is polished, so later rules reach them.
+    ensurePolished();
     setColumnCount(1);
     setHeaderItem(new QTreeWidgetItem(QStringList{QString()}));
     setHeaderHidden(true);

@@ -21,6 +21,8 @@
 
 #include <QIcon>
 #include <QPixmap>
+#include <QScrollBar>
+#include <QTreeWidgetItem>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -242,4 +244,35 @@ TEST(KitInputStyle, SetterFragments) {
     label.setFontSize(24);
     label.ensurePolished();
     EXPECT_EQ(label.font().pixelSize(), 24);
+}
+
+// Scroll-bar colours given after construction reach the bars on screen.
+TEST(KitInputStyle, LaterScrollBarRulesReachTheScreen) {
+    auto trackPixels = [](QAbstractScrollArea& w) {
+        w.resize(200, 80);
+        const QImage bar = w.verticalScrollBar()->grab().toImage();
+        int n = 0;
+        for (int y = 0; y < bar.height(); ++y)
+            for (int x = 0; x < bar.width(); ++x)
+                n += bar.pixelColor(x, y) == QColor("#ff8080"); // the track: red lightened 0.5
+        return n;
+    };
+    SysTextEdit edit;
+    edit.setPlainText(QString("line\n").repeated(200));
+    edit.setScrollBarColor("#ff0000");
+    EXPECT_GT(trackPixels(edit), 100);
+    SysTextBrowser browser;
+    browser.setPlainText(QString("line\n").repeated(200));
+    browser.setScrollBarColor("#ff0000");
+    EXPECT_GT(trackPixels(browser), 100);
+    SysList list;
+    for (int i = 0; i < 100; ++i)
+        list.addItem("item");
+    list.setScrollBarColor("#ff0000");
+    EXPECT_GT(trackPixels(list), 100);
+    SysTree tree;
+    for (int i = 0; i < 100; ++i)
+        tree.addTopLevelItem(new QTreeWidgetItem({"item"}));
+    tree.setScrollBarColor("#ff0000");
+    EXPECT_GT(trackPixels(tree), 100);
 }
