@@ -2,6 +2,8 @@
 #include "engines/AppQZ4420Imple.h"
 #include "support/LogCatcher.h"
 
+#include "support/TestFiles.h"
+
 #include <gtest/gtest.h>
 
 #include <QFile>
@@ -23,17 +25,6 @@ QByteArray fill(int n, int seed) {
     for (int i = 0; i < n; ++i)
         b.append(char((i * 31 + seed) & 0xFF));
     return b;
-}
-
-void writeFile(const QString& path, const QByteArray& bytes) {
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    f.write(bytes);
-}
-
-QByteArray readFile(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
 }
 
 QByteArray onebRecord(int dlType, uint32_t addr, const QByteArray& content) {

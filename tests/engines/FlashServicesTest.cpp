@@ -4,6 +4,8 @@
 #include "sim/BoardSim.h"
 #include "support/LogCatcher.h"
 
+#include "support/TestFiles.h"
+
 #include <gtest/gtest.h>
 
 #include <QFile>
@@ -15,16 +17,6 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-QByteArray pattern(int n, int seed) {
-    QByteArray b(n, '\0');
-    uint32_t x = uint32_t(seed) * 2654435761u + 1;
-    for (int i = 0; i < n; ++i) {
-        x = x * 1103515245u + 12345u;
-        b[i] = char(x >> 24);
-    }
-    return b;
-}
 
 BoardSim::Options options(uint8_t syncAnswer, uint32_t flashSize = 4 * 1024 * 1024) {
     BoardSim::Options o;

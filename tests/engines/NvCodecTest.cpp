@@ -1,10 +1,12 @@
 #include "base/ByteBuffer.h"
 #include "engines/AppImpleUtils.h"
 
+#include "support/TestFiles.h"
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtEndian>
+
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -36,17 +38,6 @@ struct LogLines {
 
 QByteArray imageOf(const ByteBuffer& b) {
     return QByteArray(reinterpret_cast<const char*>(b.data()), b.size());
-}
-
-QByteArray readFile(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
-}
-
-void writeFile(const QString& path, const QByteArray& bytes) {
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    ASSERT_EQ(f.write(bytes), bytes.size());
 }
 
 quint32 u32At(const QByteArray& image, int at) {

@@ -8,6 +8,7 @@
 #include "kit/SysMenu.h"
 #include "kit/SysTable.h"
 
+#include "support/TestFiles.h"
 #include <QAction>
 #include <QApplication>
 #include <QDir>
@@ -18,16 +19,12 @@
 #include <QLayout>
 #include <QScrollBar>
 #include <QTemporaryDir>
+
 #include <gtest/gtest.h>
 
 #include <vector>
 
 namespace {
-
-QByteArray readFile(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
 
 // A table with texts in the given cells; an empty text still makes an item, and a null
 // QString leaves the cell without one.

@@ -1,25 +1,14 @@
 #include "kit/SysXmlDocument.h"
 
+#include "support/TestFiles.h"
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTextCodec>
 #include <QTextStream>
+
 #include <gtest/gtest.h>
 
-namespace {
-
-QByteArray readFile(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<missing>");
-}
-
-void writeFile(const QString& path, const QByteArray& bytes) {
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    ASSERT_EQ(f.write(bytes), bytes.size());
-}
-
-} // namespace
+namespace {} // namespace
 
 TEST(XmlDocument, AttributesKeepTheOrderInWhichTheyWereSet) {
     QTemporaryDir dir;

@@ -18,6 +18,8 @@
 #include "support/PtyPeer.h"
 #include "support/QtPrinters.h"
 
+#include "support/TestFiles.h"
+
 #include <gtest/gtest.h>
 
 #include <QDir>
@@ -30,27 +32,6 @@
 #include <thread>
 
 namespace {
-
-QByteArray pattern(int n, int seed) {
-    QByteArray b(n, '\0');
-    uint32_t x = uint32_t(seed) * 2654435761u + 7;
-    for (int i = 0; i < n; ++i) {
-        x = x * 1103515245u + 12345u;
-        b[i] = char(x >> 24);
-    }
-    return b;
-}
-
-void writeFile(const QString& path, const QByteArray& bytes) {
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    f.write(bytes);
-}
-
-QByteArray readFile(const QString& path) {
-    QFile f(path);
-    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
 
 // The real main window with its four pages; tests drive the download page of it.
 class DownloadPage : public ::testing::Test {

@@ -6,6 +6,8 @@
 #include "support/HostWords.h"
 #include "support/QtPrinters.h"
 
+#include "support/TestFiles.h"
+
 #include <gtest/gtest.h>
 
 #include <QAction>
@@ -54,11 +56,6 @@ protected:
     MainWindow* window = nullptr;
     SysTable* table = nullptr;
 };
-
-QByteArray readFile(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
 
 } // namespace
 
