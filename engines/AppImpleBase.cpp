@@ -9,21 +9,21 @@ AppImpleBase::AppImpleBase() : QObject(nullptr) {
 AppImpleBase::~AppImpleBase() = default;
 
 void AppImpleBase::logError(const char* format, ...) {
-    if (!logEnabled)
-        return;
     va_list args;
     va_start(args, format);
-    const QString line = QString::vasprintf(format, args);
+    logV(SYS_LOG_ERROR, format, args);
     va_end(args);
-    emit sendLog(SYS_LOG_ERROR, line);
 }
 
 void AppImpleBase::logInfo(const char* format, ...) {
-    if (!logEnabled)
-        return;
     va_list args;
     va_start(args, format);
-    const QString line = QString::vasprintf(format, args);
+    logV(SYS_LOG_INFO, format, args);
     va_end(args);
-    emit sendLog(SYS_LOG_INFO, line);
+}
+
+void AppImpleBase::logV(SYS_LOG_LEVEL level, const char* format, va_list args) {
+    if (!logEnabled)
+        return;
+    emit sendLog(level, QString::vasprintf(format, args));
 }

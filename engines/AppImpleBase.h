@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdarg>
+
 #include "shell/SysLogLevel.h"
 
 #include <QObject>
@@ -27,4 +29,8 @@ signals:
 
 protected:
     bool logEnabled = true;
+
+private:
+    // Formats and logs one line; logError and logInfo share it.
+    void logV(SYS_LOG_LEVEL level, const char* format, va_list args);
 };

@@ -30,15 +30,17 @@ void TabWinBase::addLog(SYS_LOG_LEVEL level, QString strLog) {
 void TabWinBase::logError(const char* format, ...) {
     va_list args;
     va_start(args, format);
-    const QString line = QString::vasprintf(format, args);
+    logV(SYS_LOG_ERROR, format, args);
     va_end(args);
-    addLog(SYS_LOG_ERROR, line);
 }
 
 void TabWinBase::logInfo(const char* format, ...) {
     va_list args;
     va_start(args, format);
-    const QString line = QString::vasprintf(format, args);
+    logV(SYS_LOG_INFO, format, args);
     va_end(args);
-    addLog(SYS_LOG_INFO, line);
+}
+
+void TabWinBase::logV(SYS_LOG_LEVEL level, const char* format, va_list args) {
+    addLog(level, QString::vasprintf(format, args));
 }

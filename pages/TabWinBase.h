@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdarg>
+
 #include "kit/SysSplitter.h"
 #include "shell/SysLogLevel.h"
 
@@ -41,5 +43,7 @@ signals:
     void msgSig(int id, QVariant value);
 
 private:
+    // Formats and logs one line; logError and logInfo share it.
+    void logV(SYS_LOG_LEVEL level, const char* format, va_list args);
     std::map<int, std::function<void(QVariant)>> handlers_;
 };

@@ -143,15 +143,17 @@ void MainWindow::writeLogRow(SYS_LOG_LEVEL level, const QString& strLog) {
 void MainWindow::logError(const char* format, ...) {
     va_list args;
     va_start(args, format);
-    const QString line = QString::vasprintf(format, args);
+    logV(SYS_LOG_ERROR, format, args);
     va_end(args);
-    addTestLog(SYS_LOG_ERROR, line);
 }
 
 void MainWindow::logInfo(const char* format, ...) {
     va_list args;
     va_start(args, format);
-    const QString line = QString::vasprintf(format, args);
+    logV(SYS_LOG_INFO, format, args);
     va_end(args);
-    addTestLog(SYS_LOG_INFO, line);
+}
+
+void MainWindow::logV(SYS_LOG_LEVEL level, const char* format, va_list args) {
+    addTestLog(level, QString::vasprintf(format, args));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdarg>
+
 #include "kit/SysSplitter.h"
 #include "kit/SysTable.h"
 #include "shell/PluginUIBase.h"
@@ -47,6 +49,8 @@ signals:
     void addTestLogSig(SYS_LOG_LEVEL level, QString strLog);
 
 private:
+    // Formats and logs one line; logError and logInfo share it.
+    void logV(SYS_LOG_LEVEL level, const char* format, va_list args);
     void buildTabs();
     void buildProcessLog();
     void writeLogRow(SYS_LOG_LEVEL level, const QString& strLog);
