@@ -2,13 +2,20 @@
 
 #include "shell/PluginUIBase.h"
 
+#include <QElapsedTimer>
+
 PluginHost::~PluginHost() {
     release();
 }
 
 bool PluginHost::start(const QString& libraryPath, HostTextService* texts, QString* error) {
+    QElapsedTimer clock;
+    clock.start();
+    auto lap = [&clock] { return double(clock.nsecsElapsed()) / 1e6; };
     library_.setFileName(libraryPath);
-    if (!library_.load()) {
+    const bool loaded = library_.load();
+    loadMs_ = lap();
+    if (!loaded) {
         *error = library_.errorString();
         return false;
     }
@@ -19,12 +26,14 @@ bool PluginHost::start(const QString& libraryPath, HostTextService* texts, QStri
         return false;
     }
     window_ = create_();
+    createMs_ = lap() - loadMs_;
     if (!window_) {
         *error = QStringLiteral("Create returned no window");
         return false;
     }
     window_->setTextService(texts);
     window_->init();
+    initMs_ = lap() - loadMs_ - createMs_;
     return true;
 }
 

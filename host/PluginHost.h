@@ -18,6 +18,10 @@ public:
     // Loads the library and creates the window with `texts` set and init() done.
     bool start(const QString& libraryPath, HostTextService* texts, QString* error);
     PluginUIBase* window() const { return window_; }
+    // How long start() took to load the library, in Create and in init, in milliseconds.
+    double loadMs() const { return loadMs_; }
+    double createMs() const { return createMs_; }
+    double initMs() const { return initMs_; }
     // Calls Release; the window is gone afterwards.
     void release();
 
@@ -29,4 +33,5 @@ private:
     CreateFn create_ = nullptr;
     ReleaseFn release_ = nullptr;
     PluginUIBase* window_ = nullptr;
+    double loadMs_ = 0, createMs_ = 0, initMs_ = 0;
 };

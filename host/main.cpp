@@ -3,6 +3,7 @@
 // releases the plug-in at exit.
 //
 //   bramble-host [--lang en|zh] [--plugin PATH] [--screenshot FILE] [--quit-after MS]
+//   bramble-host --help
 
 #include "host/DemoDownload.h"
 #include "host/HostTextFiles.h"
@@ -14,6 +15,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QScreen>
@@ -22,6 +24,7 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <memory>
 #include <utility>
 
 namespace {
@@ -53,10 +56,26 @@ void logDemoLines(PluginUIBase* window) {
                                   Q_ARG(QString, QString::fromLatin1(line.second)));
 }
 
+// True when the command line only asks for the help or the version, which need no display.
+bool onlyAsksForHelp(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray arg(argv[i]);
+        if (arg == "-h" || arg == "--help" || arg == "-?" || arg == "--help-all" || arg == "-v" ||
+            arg == "--version")
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    QApplication app(argc, argv);
+    QElapsedTimer sinceMain;
+    sinceMain.start();
+    // The help is printed without a window system, so that it works where there is no display.
+    std::unique_ptr<QCoreApplication> app(onlyAsksForHelp(argc, argv)
+                                              ? new QCoreApplication(argc, argv)
+                                              : new QApplication(argc, argv));
     QCoreApplication::setOrganizationName(QStringLiteral("Mosswood"));
     QCoreApplication::setApplicationName(QStringLiteral("Bramble"));
 
@@ -84,8 +103,13 @@ int main(int argc, char** argv) {
     QCommandLineOption downloadImage(QStringLiteral("download-image"),
                                      QStringLiteral("The all-in-one image for --download-port."),
                                      QStringLiteral("file"));
-    parser.addOptions({lang, plugin, screenshot, quitAfter, demoLog, downloadPort, downloadImage});
-    parser.process(app);
+    // Not in the help: prints how long the start took, once the window is shown, and quits.
+    QCommandLineOption startupReport(QStringLiteral("startup-report"),
+                                     QStringLiteral("Print the start-up times and quit."));
+    startupReport.setFlags(QCommandLineOption::HiddenFromHelp);
+    parser.addOptions(
+        {lang, plugin, screenshot, quitAfter, demoLog, downloadPort, downloadImage, startupReport});
+    parser.process(*app);
 
     QString language = parser.value(lang);
     if (language.isEmpty())
@@ -108,10 +132,23 @@ int main(int argc, char** argv) {
     QAction* about = window->menuBar()->addAction(QStringLiteral("About"));
     QObject::connect(about, &QAction::triggered, window, [window] { showAbout(window); });
     window->resize(1280, 900);
+    const double beforeShowMs = double(sinceMain.nsecsElapsed()) / 1e6;
     window->show();
+    const double showMs = double(sinceMain.nsecsElapsed()) / 1e6 - beforeShowMs;
+    if (parser.isSet(startupReport)) {
+        // Posted events, the first paint among them, come before a zero timer.
+        QTimer::singleShot(0, window, [&] {
+            std::printf("startup: load %.1f ms, Create %.1f ms, init %.1f ms, show %.1f ms, "
+                        "main to shown and painted %.1f ms\n",
+                        host.loadMs(), host.createMs(), host.initMs(), showMs,
+                        double(sinceMain.nsecsElapsed()) / 1e6);
+            std::fflush(stdout);
+            QApplication::quit();
+        });
+    }
 
     // Tell a terminal user what came up, so a run without a display still shows something.
-    if (auto* tabs = window->findChild<QTabWidget*>()) {
+    if (auto* tabs = window->findChild<QTabWidget*>(); tabs && !parser.isSet(startupReport)) {
         QStringList labels;
         for (int i = 0; i < tabs->count(); ++i)
             labels << tabs->tabText(i);
@@ -139,10 +176,10 @@ int main(int argc, char** argv) {
                                QApplication::quit();
                            });
     } else if (parser.isSet(quitAfter)) {
-        QTimer::singleShot(parser.value(quitAfter).toInt(), &app, &QApplication::quit);
+        QTimer::singleShot(parser.value(quitAfter).toInt(), app.get(), &QApplication::quit);
     }
 
-    const int rc = app.exec();
+    const int rc = app->exec();
     delete demo;
     host.release();
     return rc;

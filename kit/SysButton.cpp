@@ -1,9 +1,11 @@
 #include "kit/SysButton.h"
 
+#include "kit/SysSheet.h"
 #include "kit/SysStyle.h"
 
 SysButton::SysButton(QWidget* parent, const QString& text) : QPushButton(parent) {
-    setStyleSheet(
+    SysSheet::set(
+        this,
         QStringLiteral("\tQPushButton {\t\tfont-family: '微软雅黑';\t\tcolor: #fff;"
                        "\t\tborder: 1px solid transparent;\t\tpadding: .25em 1em;\t}"
                        "\tQPushButton:disabled {\t\tcolor: #fafafa;\t\tbackground-color: #c0c0c0;"
@@ -19,90 +21,83 @@ SysButton::SysButton(QWidget* parent, const QString& text) : QPushButton(parent)
 }
 
 void SysButton::setFontSize(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQPushButton {\t\tfont-size: %dpx;\t}", px));
+    SysSheet::append(this, QString::asprintf("\tQPushButton {\t\tfont-size: %dpx;\t}", px));
 }
 
 void SysButton::setFontWeight(int weight) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQPushButton {\t\tfont-weight: %d;\t}", weight));
+    SysSheet::append(this, QString::asprintf("\tQPushButton {\t\tfont-weight: %d;\t}", weight));
 }
 
 void SysButton::setTextColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQPushButton {\t\tcolor: %s;\t}", color.c_str()));
+    SysSheet::append(this, QString::asprintf("\tQPushButton {\t\tcolor: %s;\t}", color.c_str()));
 }
 
 void SysButton::setRadius(float em) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQPushButton {\t\tborder-radius: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQPushButton {\t\tborder-radius: %.2fem;\t}", em));
 }
 
 void SysButton::setCornerRadii(float topLeft, float topRight, float bottomLeft, float bottomRight) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQPushButton {\t\tborder-top-left-radius: %.2fem;"
-                                    "\t\tborder-top-right-radius: %.2fem;"
-                                    "\t\tborder-bottom-left-radius: %.2fem;"
-                                    "\t\tborder-bottom-right-radius: %.2fem;\t}",
-                                    topLeft, topRight, bottomLeft, bottomRight));
+    SysSheet::append(this, QString::asprintf("\tQPushButton {\t\tborder-top-left-radius: %.2fem;"
+                                             "\t\tborder-top-right-radius: %.2fem;"
+                                             "\t\tborder-bottom-left-radius: %.2fem;"
+                                             "\t\tborder-bottom-right-radius: %.2fem;\t}",
+                                             topLeft, topRight, bottomLeft, bottomRight));
 }
 
 void SysButton::setBorderWidth(int px) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQPushButton {\t\tborder-width: %dpx;\t}", px));
+    SysSheet::append(this, QString::asprintf("\tQPushButton {\t\tborder-width: %dpx;\t}", px));
 }
 
 void SysButton::setBorderWidths(int left, int top, int right, int bottom) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQPushButton {\t\tborder-left-width: %dpx;"
-                                                   "\t\tborder-top-width: %dpx;"
-                                                   "\t\tborder-right-width: %dpx;"
-                                                   "\t\tborder-bottom-width: %dpx;\t}",
-                                                   left, top, right, bottom));
+    SysSheet::append(this, QString::asprintf("\tQPushButton {\t\tborder-left-width: %dpx;"
+                                             "\t\tborder-top-width: %dpx;"
+                                             "\t\tborder-right-width: %dpx;"
+                                             "\t\tborder-bottom-width: %dpx;\t}",
+                                             left, top, right, bottom));
 }
 
 void SysButton::setPadding(float horizontal, float vertical) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQPushButton {\t\tpadding: %.2fem %.2fem;\t}",
-                                                   vertical, horizontal));
+    SysSheet::append(this, QString::asprintf("\tQPushButton {\t\tpadding: %.2fem %.2fem;\t}",
+                                             vertical, horizontal));
 }
 
 void SysButton::setFlatColor(std::string color) {
     const char* c = color.c_str();
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQPushButton {\t\tbackground-color: %s;\t}"
-                                    "\tQPushButton:hover {\t\tbackground-color: %s;\t}"
-                                    "\tQPushButton:pressed {\t\tbackground-color: %s;\t}",
-                                    c, c, c));
+    SysSheet::append(this, QString::asprintf("\tQPushButton {\t\tbackground-color: %s;\t}"
+                                             "\tQPushButton:hover {\t\tbackground-color: %s;\t}"
+                                             "\tQPushButton:pressed {\t\tbackground-color: %s;\t}",
+                                             c, c, c));
 }
 
 void SysButton::setDisabledBackgroundColor(std::string color) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQPushButton:disabled {\t\tbackground-color: "
-                                                   "%s;\t}",
-                                                   color.c_str()));
+    SysSheet::append(this, QString::asprintf("\tQPushButton:disabled {\t\tbackground-color: "
+                                             "%s;\t}",
+                                             color.c_str()));
 }
 
 void SysButton::setDisabledTextColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQPushButton:disabled {\t\tcolor: %s;\t}", color.c_str()));
+    SysSheet::append(this,
+                     QString::asprintf("\tQPushButton:disabled {\t\tcolor: %s;\t}", color.c_str()));
 }
 
 void SysButton::setIconOnly(const QIcon& icon, const QSize& size) {
     setIcon(icon);
     setIconSize(size);
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("QPushButton, QPushButton:hover, QPushButton:pressed{"
-                                    "background: transparent;padding: 0px;border: none;}"));
+    SysSheet::append(this,
+                     QString::asprintf("QPushButton, QPushButton:hover, QPushButton:pressed{"
+                                       "background: transparent;padding: 0px;border: none;}"));
 }
 
 void SysButton::setThemeColor(std::string color) {
     const std::string border = sysLighten(color, 0.75f);
     const std::string hover = sysLighten(color, 0.125f);
     const std::string pressed = sysLighten(color, 0.25f);
-    setStyleSheet(
-        styleSheet() +
-        QString::asprintf("\tQPushButton {\t\tbackground-color: %s;\t\tborder-color: %s;\t}"
-                          "\tQPushButton:hover {\t\tbackground-color: %s;\t}"
-                          "\tQPushButton:pressed {\t\tbackground-color: %s;\t}"
-                          "\tQToolTip {\t\tcolor: #FFF;\t\tbackground-color: %s;"
-                          "\t\tborder: 1px solid %s;\t}",
-                          color.c_str(), border.c_str(), hover.c_str(), pressed.c_str(),
-                          pressed.c_str(), pressed.c_str()));
+    SysSheet::append(
+        this, QString::asprintf("\tQPushButton {\t\tbackground-color: %s;\t\tborder-color: %s;\t}"
+                                "\tQPushButton:hover {\t\tbackground-color: %s;\t}"
+                                "\tQPushButton:pressed {\t\tbackground-color: %s;\t}"
+                                "\tQToolTip {\t\tcolor: #FFF;\t\tbackground-color: %s;"
+                                "\t\tborder: 1px solid %s;\t}",
+                                color.c_str(), border.c_str(), hover.c_str(), pressed.c_str(),
+                                pressed.c_str(), pressed.c_str()));
 }

@@ -1,24 +1,26 @@
 #include "kit/SysCheckBox.h"
 
+#include "kit/SysSheet.h"
+
 #include <utility>
 
 SysCheckBox::SysCheckBox(QWidget* parent, const QString& text) : QCheckBox(text, parent) {
-    setStyleSheet(QStringLiteral("\tQCheckBox {\t\tfont-family: '微软雅黑';\t\tcolor: #000;\t}"
+    SysSheet::set(this,
+                  QStringLiteral("\tQCheckBox {\t\tfont-family: '微软雅黑';\t\tcolor: #000;\t}"
                                  "\tQCheckBox:disabled {\t\tcolor: #c0c0c0;\t}"));
     setFontSize(18);
 }
 
 void SysCheckBox::setFontSize(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQCheckBox {\t\tfont-size: %dpx;\t}", px));
+    SysSheet::append(this, QString::asprintf("\tQCheckBox {\t\tfont-size: %dpx;\t}", px));
 }
 
 void SysCheckBox::setFontWeight(int weight) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQCheckBox {\t\tfont-weight: %d;\t}", weight));
+    SysSheet::append(this, QString::asprintf("\tQCheckBox {\t\tfont-weight: %d;\t}", weight));
 }
 
 void SysCheckBox::setTextColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQCheckBox {\t\tcolor: %s;\t}", color.c_str()));
+    SysSheet::append(this, QString::asprintf("\tQCheckBox {\t\tcolor: %s;\t}", color.c_str()));
 }
 
 void SysCheckBox::onChecked(std::function<void(bool)> cb) {

@@ -1,45 +1,45 @@
 #include "kit/SysComboBox.h"
 
 #include "kit/SysLabel.h"
+#include "kit/SysSheet.h"
 #include "kit/SysStyle.h"
 #include "kit/SysWidget.h"
 
 #include <QListView>
 
 SysComboBox::SysComboBox(QWidget* parent, const QStringList& items) : QComboBox(parent) {
-    // Polished before its sheet is set: Qt carries a changed sheet on to the scroll bars and
-    // popups of a widget only once the widget itself is polished, so later rules reach them.
-    ensurePolished();
-    setStyleSheet(QStringLiteral(
-        "\tQComboBox {\t\tfont-family: '微软雅黑';\t\tborder: 1px solid transparent;"
-        "\t\tpadding: .125em .5em;\t\tmin-width: 4em;\t\tmin-height: 1em;\t}"
-        "\tQComboBox:on {\t\tborder-bottom: none;\t\tborder-bottom-left-radius: 0px;"
-        "\t\tborder-bottom-right-radius: 0px;\t}"
-        "\tQComboBox:disabled {\t\tcolor: #c0c0c0;\t\tbackground-color: #fafafa;"
-        "\t\tborder-color: #c0c0c0;\t}"
-        "\tQComboBox::drop-down {\t\tsubcontrol-origin: padding;"
-        "\t\tsubcontrol-position: top right;\t\twidth: 2em;"
-        "\t\tborder-left: 1px solid #f5f5f5;\t}"
-        "\tQComboBox::down-arrow {\t\twidth: 0px;\t\theight: 0px;"
-        "\t\tborder-left: 6px solid rgba(255, 255, 255, .01);"
-        "\t\tborder-right: 6px solid rgba(255, 255, 255, .01);\t\tborder-top: 8px solid;\t}"
-        "\tQComboBox::down-arrow:on {\t\tborder-top: none;\t\tborder-bottom: 8px solid;\t}"
-        "\tQComboBox QAbstractItemView {\t\tfont-family: '微软雅黑';\t\toutline: 0px;\t}"
-        "\tQComboBox QAbstractItemView::item {\t\tborder-bottom: 1px solid #f5f5f5;\t}"
-        "\tQComboBox QAbstractItemView::item:last {\t\tborder-bottom: none;\t}"
-        "\tQComboBox QAbstractItemView::item:hover {\t\tfont-weight: bold;\t}"
-        "\tQComboBox QMenu {\t\tfont-family: '微软雅黑';\t}"
-        "\tQComboBox QScrollBar:vertical {\t\twidth: 8px;\t\tborder-radius: 4px;"
-        "\t\tpadding: 1px;\t}"
-        "\tQComboBox QScrollBar:horizontal {\t\theight: 8px;\t\tborder-radius: 4px;"
-        "\t\tpadding: 1px;\t}"
-        "\tQComboBox QScrollBar::handle {\t\tborder-radius: 2px;\t}"
-        "\tQComboBox QScrollBar::handle:vertical {\t\tmin-height: 7px;\t}"
-        "\tQComboBox QScrollBar::handle:horizontal {\t\tmin-width: 7px;\t}"
-        "\tQComboBox QScrollBar::add-line, QComboBox QScrollBar::sub-line {\t\twidth: 0px;"
-        "\t\theight: 0px;\t\tborder: none;\t\tbackground: transparent;\t}"
-        "\tQComboBox QScrollBar::add-page, QComboBox QScrollBar::sub-page {\t\twidth: 0px;"
-        "\t\theight: 0px;\t\tbackground: transparent;\t}"));
+    SysSheet::set(
+        this,
+        QStringLiteral(
+            "\tQComboBox {\t\tfont-family: '微软雅黑';\t\tborder: 1px solid transparent;"
+            "\t\tpadding: .125em .5em;\t\tmin-width: 4em;\t\tmin-height: 1em;\t}"
+            "\tQComboBox:on {\t\tborder-bottom: none;\t\tborder-bottom-left-radius: 0px;"
+            "\t\tborder-bottom-right-radius: 0px;\t}"
+            "\tQComboBox:disabled {\t\tcolor: #c0c0c0;\t\tbackground-color: #fafafa;"
+            "\t\tborder-color: #c0c0c0;\t}"
+            "\tQComboBox::drop-down {\t\tsubcontrol-origin: padding;"
+            "\t\tsubcontrol-position: top right;\t\twidth: 2em;"
+            "\t\tborder-left: 1px solid #f5f5f5;\t}"
+            "\tQComboBox::down-arrow {\t\twidth: 0px;\t\theight: 0px;"
+            "\t\tborder-left: 6px solid rgba(255, 255, 255, .01);"
+            "\t\tborder-right: 6px solid rgba(255, 255, 255, .01);\t\tborder-top: 8px solid;\t}"
+            "\tQComboBox::down-arrow:on {\t\tborder-top: none;\t\tborder-bottom: 8px solid;\t}"
+            "\tQComboBox QAbstractItemView {\t\tfont-family: '微软雅黑';\t\toutline: 0px;\t}"
+            "\tQComboBox QAbstractItemView::item {\t\tborder-bottom: 1px solid #f5f5f5;\t}"
+            "\tQComboBox QAbstractItemView::item:last {\t\tborder-bottom: none;\t}"
+            "\tQComboBox QAbstractItemView::item:hover {\t\tfont-weight: bold;\t}"
+            "\tQComboBox QMenu {\t\tfont-family: '微软雅黑';\t}"
+            "\tQComboBox QScrollBar:vertical {\t\twidth: 8px;\t\tborder-radius: 4px;"
+            "\t\tpadding: 1px;\t}"
+            "\tQComboBox QScrollBar:horizontal {\t\theight: 8px;\t\tborder-radius: 4px;"
+            "\t\tpadding: 1px;\t}"
+            "\tQComboBox QScrollBar::handle {\t\tborder-radius: 2px;\t}"
+            "\tQComboBox QScrollBar::handle:vertical {\t\tmin-height: 7px;\t}"
+            "\tQComboBox QScrollBar::handle:horizontal {\t\tmin-width: 7px;\t}"
+            "\tQComboBox QScrollBar::add-line, QComboBox QScrollBar::sub-line {\t\twidth: 0px;"
+            "\t\theight: 0px;\t\tborder: none;\t\tbackground: transparent;\t}"
+            "\tQComboBox QScrollBar::add-page, QComboBox QScrollBar::sub-page {\t\twidth: 0px;"
+            "\t\theight: 0px;\t\tbackground: transparent;\t}"));
     // The default popup of some styles draws itself and ignores the sheet; a list view obeys
     // it.
     setView(new QListView);
@@ -96,92 +96,90 @@ void SysComboBox::restorePlaceholder() {
 }
 
 void SysComboBox::setFontSize(int px) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQComboBox {\t\tfont-size: %dpx;\t}"
-                                    "\tQComboBox::drop-down {\t\tfont-size: %dpx;\t}"
-                                    "\tQComboBox QAbstractItemView::item {\t\tfont-size: %dpx;\t}",
-                                    px, px, px));
+    SysSheet::append(
+        this, QString::asprintf("\tQComboBox {\t\tfont-size: %dpx;\t}"
+                                "\tQComboBox::drop-down {\t\tfont-size: %dpx;\t}"
+                                "\tQComboBox QAbstractItemView::item {\t\tfont-size: %dpx;\t}",
+                                px, px, px));
 }
 
 void SysComboBox::setFontWeight(int weight) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQComboBox {\t\tfont-weight: %d;\t}"
-                                    "\tQComboBox QAbstractItemView::item {\t\tfont-weight: %d;\t}",
-                                    weight, weight));
+    SysSheet::append(
+        this, QString::asprintf("\tQComboBox {\t\tfont-weight: %d;\t}"
+                                "\tQComboBox QAbstractItemView::item {\t\tfont-weight: %d;\t}",
+                                weight, weight));
 }
 
 void SysComboBox::setItemPadding(float horizontal, float vertical) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQComboBox QAbstractItemView::item {"
-                                                   "\t\tpadding: %.2fem %.2fem;\t}",
-                                                   vertical, horizontal));
+    SysSheet::append(this, QString::asprintf("\tQComboBox QAbstractItemView::item {"
+                                             "\t\tpadding: %.2fem %.2fem;\t}",
+                                             vertical, horizontal));
 }
 
 void SysComboBox::setRadius(float em) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQComboBox {\t\tborder-radius: %.2fem;\t}"
-                                    "\tQComboBox QAbstractItemView {\t\tborder-radius: 0px;\t}"
-                                    "\tQComboBox QAbstractItemView::item:last {"
-                                    "\t\tborder-radius: 0px;\t}",
-                                    em));
+    SysSheet::append(this,
+                     QString::asprintf("\tQComboBox {\t\tborder-radius: %.2fem;\t}"
+                                       "\tQComboBox QAbstractItemView {\t\tborder-radius: 0px;\t}"
+                                       "\tQComboBox QAbstractItemView::item:last {"
+                                       "\t\tborder-radius: 0px;\t}",
+                                       em));
 }
 
 void SysComboBox::setBorderWidth(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQComboBox {\t\tborder-width: %dpx;\t}", px));
+    SysSheet::append(this, QString::asprintf("\tQComboBox {\t\tborder-width: %dpx;\t}", px));
 }
 
 void SysComboBox::setBorderColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQComboBox {\t\tborder-color: %s;\t}", color.c_str()));
+    SysSheet::append(this,
+                     QString::asprintf("\tQComboBox {\t\tborder-color: %s;\t}", color.c_str()));
 }
 
 void SysComboBox::setMinWidth(float em) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQComboBox {\t\tmin-width: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQComboBox {\t\tmin-width: %.2fem;\t}", em));
 }
 
 void SysComboBox::setMaxWidth(float em) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQComboBox {\t\tmax-width: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQComboBox {\t\tmax-width: %.2fem;\t}", em));
 }
 
 void SysComboBox::setBackgroundColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQComboBox {\t\tbackground-color: %s;\t}", color.c_str()));
+    SysSheet::append(this,
+                     QString::asprintf("\tQComboBox {\t\tbackground-color: %s;\t}", color.c_str()));
 }
 
 void SysComboBox::setTextColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQComboBox {\t\tcolor: %s;\t}", color.c_str()));
+    SysSheet::append(this, QString::asprintf("\tQComboBox {\t\tcolor: %s;\t}", color.c_str()));
 }
 
 void SysComboBox::setArrowColor(std::string color) {
     const char* c = color.c_str();
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQComboBox::drop-down {\t\tborder-left-color: %s;\t}"
-                                    "\tQComboBox::down-arrow {\t\tborder-top-color: %s;"
-                                    "\t\tborder-bottom-color: %s;\t}",
-                                    c, c, c));
+    SysSheet::append(this, QString::asprintf("\tQComboBox::drop-down {\t\tborder-left-color: %s;\t}"
+                                             "\tQComboBox::down-arrow {\t\tborder-top-color: %s;"
+                                             "\t\tborder-bottom-color: %s;\t}",
+                                             c, c, c));
 }
 
 void SysComboBox::setScrollBarColor(std::string color) {
-    setStyleSheet(styleSheet() + sysScrollBarRules("QComboBox", color));
+    SysSheet::append(this, sysScrollBarRules("QComboBox", color));
 }
 
 void SysComboBox::setThemeColor(std::string color) {
     const char* c = color.c_str();
     const std::string dropLine = sysLighten(color, 0.25f);
     const std::string hover = sysLighten(color, 0.5f);
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQComboBox {\t\tborder-color: %s;\t}"
-                                    "\tQComboBox::drop-down {\t\tborder-left-color: %s;\t}"
-                                    "\tQComboBox::down-arrow {\t\tborder-top-color: %s;"
-                                    "\t\tborder-bottom-color: %s;\t}"
-                                    "\tQComboBox QAbstractItemView {\t\tborder-left: 1px solid %s;"
-                                    "\t\tborder-right: 1px solid %s;"
-                                    "\t\tborder-bottom: 1px solid %s;\t}"
-                                    "\tQComboBox QAbstractItemView::item:hover {"
-                                    "\t\tbackground-color: %s;\t}"
-                                    "\tQComboBox QAbstractItemView::item:selected {"
-                                    "\t\tbackground-color: %s;\t}",
-                                    c, dropLine.c_str(), c, c, c, c, c, hover.c_str(), c));
+    SysSheet::append(
+        this, QString::asprintf("\tQComboBox {\t\tborder-color: %s;\t}"
+                                "\tQComboBox::drop-down {\t\tborder-left-color: %s;\t}"
+                                "\tQComboBox::down-arrow {\t\tborder-top-color: %s;"
+                                "\t\tborder-bottom-color: %s;\t}"
+                                "\tQComboBox QAbstractItemView {\t\tborder-left: 1px solid %s;"
+                                "\t\tborder-right: 1px solid %s;"
+                                "\t\tborder-bottom: 1px solid %s;\t}"
+                                "\tQComboBox QAbstractItemView::item:hover {"
+                                "\t\tbackground-color: %s;\t}"
+                                "\tQComboBox QAbstractItemView::item:selected {"
+                                "\t\tbackground-color: %s;\t}",
+                                c, dropLine.c_str(), c, c, c, c, c, hover.c_str(), c));
     themeColor = color;
     if (hasPlaceholder)
         applyPlaceholderColors();

@@ -3,6 +3,7 @@
 #include "kit/SysButton.h"
 #include "kit/SysFileDialog.h"
 #include "kit/SysLineEdit.h"
+#include "kit/SysSheet.h"
 
 SysFileSelect::SysFileSelect(QWidget* parent, const QString& buttonText, const QStringList& filters)
     : QSplitter(parent), pathEdit(new SysLineEdit(this)), browseButton(new SysButton(this, "...")) {
@@ -15,7 +16,8 @@ SysFileSelect::SysFileSelect(QWidget* parent, const QString& buttonText, const Q
     connect(browseButton, &SysButton::clicked, this, &SysFileSelect::openFileBtnClicked);
 
     // Qt measures a widget's border inside its size already, so the sheet needs no box-sizing.
-    setStyleSheet(
+    SysSheet::set(
+        this,
         QStringLiteral("\tQSplitter {\t\tfont-family: '微软雅黑';\t\tpadding: 0px;\t\tmargin: 0px;"
                        "\t\tbackground: transparent;\t\tborder: 1px solid transparent;\t}"
                        "\tQSplitter::handle {\t\tbackground: transparent;\t\twidth: 0px;\t}"
@@ -24,9 +26,9 @@ SysFileSelect::SysFileSelect(QWidget* parent, const QString& buttonText, const Q
     setRadius(0.9f);
     setBorderWidth(1);
     setBorderColor("#409eff");
-    setStyleSheet(styleSheet() + QStringLiteral("QLineEdit{margin: 1px;}"
-                                                "QLineEdit:read-only {color: #333;}"
-                                                "QLineEdit:disabled{color: #c0c0c0;}"));
+    SysSheet::append(this, QStringLiteral("QLineEdit{margin: 1px;}"
+                                          "QLineEdit:read-only {color: #333;}"
+                                          "QLineEdit:disabled{color: #c0c0c0;}"));
     pathEdit->setBackgroundColor("transparent");
     browseButton->setBorderWidth(0);
     setEditable(false);
@@ -52,33 +54,32 @@ void SysFileSelect::setEditBackground(std::string color) {
 }
 
 void SysFileSelect::setFontSize(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQSplitter {\t\tfont-size: %dpx;\t}", px));
+    SysSheet::append(this, QString::asprintf("\tQSplitter {\t\tfont-size: %dpx;\t}", px));
     pathEdit->setFontSize(px);
     browseButton->setFontSize(px);
 }
 
 void SysFileSelect::setBackgroundColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQSplitter {\t\tbackground-color: %s;\t}", color.c_str()));
+    SysSheet::append(this,
+                     QString::asprintf("\tQSplitter {\t\tbackground-color: %s;\t}", color.c_str()));
 }
 
 void SysFileSelect::setRadius(float em) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQSplitter {\t\tborder-radius: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQSplitter {\t\tborder-radius: %.2fem;\t}", em));
     // The parts sit inside the border, so their corners are tighter by about its width.
     pathEdit->setRadius(em - 0.3125f);
     browseButton->setRadius(em - 0.3125f);
 }
 
 void SysFileSelect::setBorderWidth(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQSplitter {\t\tborder-width: %dpx;\t}", px));
+    SysSheet::append(this, QString::asprintf("\tQSplitter {\t\tborder-width: %dpx;\t}", px));
     pathEdit->setBorderWidth(px);
     browseButton->setBorderWidth(px);
 }
 
 void SysFileSelect::setBorderColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQSplitter {\t\tborder-color: %s;\t}", color.c_str()));
+    SysSheet::append(this,
+                     QString::asprintf("\tQSplitter {\t\tborder-color: %s;\t}", color.c_str()));
     pathEdit->setThemeColor(color);
     browseButton->setThemeColor(color);
 }

@@ -1,10 +1,12 @@
 #include "kit/SysGroupBox.h"
 
+#include "kit/SysSheet.h"
 #include "kit/SysStyle.h"
 
 SysGroupBox::SysGroupBox(QWidget* parent, const QString& title)
     : QGroupBox(title.trimmed(), parent) {
-    setStyleSheet(QStringLiteral("\tQGroupBox {\t\tfont-family: '微软雅黑';\t\tborder-width: 1px;"
+    SysSheet::set(this,
+                  QStringLiteral("\tQGroupBox {\t\tfont-family: '微软雅黑';\t\tborder-width: 1px;"
                                  "\t\tborder-style: solid;\t\tmargin-top: .5em;\t}"
                                  "\tQGroupBox::title {\t\ttop: -.5em;\t\tleft: 1em;"
                                  "\t\tmargin-top: 0;\t\tpadding: 0px;\t\tcolor: #000;\t}"));
@@ -13,76 +15,72 @@ SysGroupBox::SysGroupBox(QWidget* parent, const QString& title)
     setBackgroundColor("transparent");
     setRadius(0.5);
     if (this->title().isEmpty())
-        setStyleSheet(styleSheet() + QStringLiteral("\tQGroupBox {\t\tmargin-top: 0px;\t}"));
+        SysSheet::append(this, QStringLiteral("\tQGroupBox {\t\tmargin-top: 0px;\t}"));
 }
 
 void SysGroupBox::setFontSize(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQGroupBox {\t\tfont-size: %dpx;\t}"
-                                                   "\tQGroupBox::title {\t\tfont-size: %dpx;\t}",
-                                                   px, px));
+    SysSheet::append(this, QString::asprintf("\tQGroupBox {\t\tfont-size: %dpx;\t}"
+                                             "\tQGroupBox::title {\t\tfont-size: %dpx;\t}",
+                                             px, px));
 }
 
 void SysGroupBox::setFontWeight(int weight) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQGroupBox {\t\tfont-weight: %d;\t}"
-                                                   "\tQGroupBox::title {\t\tfont-weight: %d;\t}",
-                                                   weight, weight));
+    SysSheet::append(this, QString::asprintf("\tQGroupBox {\t\tfont-weight: %d;\t}"
+                                             "\tQGroupBox::title {\t\tfont-weight: %d;\t}",
+                                             weight, weight));
 }
 
 void SysGroupBox::setTitleFontWeight(int weight) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQGroupBox::title {\t\tfont-weight: %d;\t}", weight));
+    SysSheet::append(this,
+                     QString::asprintf("\tQGroupBox::title {\t\tfont-weight: %d;\t}", weight));
 }
 
 void SysGroupBox::setTitleColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQGroupBox::title {\t\tcolor: %s;\t}", color.c_str()));
+    SysSheet::append(this,
+                     QString::asprintf("\tQGroupBox::title {\t\tcolor: %s;\t}", color.c_str()));
 }
 
 void SysGroupBox::setTitleBackgroundColor(std::string color) {
-    setStyleSheet(
-        styleSheet() +
-        QString::asprintf("\tQGroupBox::title {\t\tbackground-color: %s;\t}", color.c_str()));
+    SysSheet::append(
+        this, QString::asprintf("\tQGroupBox::title {\t\tbackground-color: %s;\t}", color.c_str()));
 }
 
 void SysGroupBox::setTitlePadding(float em) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQGroupBox::title {\t\tpadding: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQGroupBox::title {\t\tpadding: %.2fem;\t}", em));
 }
 
 void SysGroupBox::setTitleRadius(float em) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQGroupBox::title {\t\tborder-radius: %.2fem;\t}", em));
+    SysSheet::append(this,
+                     QString::asprintf("\tQGroupBox::title {\t\tborder-radius: %.2fem;\t}", em));
 }
 
 void SysGroupBox::setTitleOffset(float em) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQGroupBox {\t\tmargin-top: %.2fem;\t}"
-                                                   "\tQGroupBox::title {\t\ttop: %.2fem;\t}",
-                                                   em, -em));
+    SysSheet::append(this, QString::asprintf("\tQGroupBox {\t\tmargin-top: %.2fem;\t}"
+                                             "\tQGroupBox::title {\t\ttop: %.2fem;\t}",
+                                             em, -em));
 }
 
 void SysGroupBox::setRadius(float em) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQGroupBox {\t\tborder-radius: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQGroupBox {\t\tborder-radius: %.2fem;\t}", em));
 }
 
 void SysGroupBox::setCornerRadii(float topLeft, float topRight, float bottomLeft,
                                  float bottomRight) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQGroupBox {\t\tborder-top-left-radius: %.2fem;"
-                                    "\t\tborder-top-right-radius: %.2fem;"
-                                    "\t\tborder-bottom-left-radius: %.2fem;"
-                                    "\t\tborder-bottom-right-radius: %.2fem;\t}",
-                                    topLeft, topRight, bottomLeft, bottomRight));
+    SysSheet::append(this, QString::asprintf("\tQGroupBox {\t\tborder-top-left-radius: %.2fem;"
+                                             "\t\tborder-top-right-radius: %.2fem;"
+                                             "\t\tborder-bottom-left-radius: %.2fem;"
+                                             "\t\tborder-bottom-right-radius: %.2fem;\t}",
+                                             topLeft, topRight, bottomLeft, bottomRight));
 }
 
 void SysGroupBox::setBackgroundColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQGroupBox {\t\tbackground-color: %s;\t}", color.c_str()));
+    SysSheet::append(this,
+                     QString::asprintf("\tQGroupBox {\t\tbackground-color: %s;\t}", color.c_str()));
 }
 
 void SysGroupBox::setBorderColor(std::string color) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQGroupBox {\t\tborder-color: %s;\t}",
-                                                   sysLighten(color, 0.75f).c_str()));
+    SysSheet::append(this, QString::asprintf("\tQGroupBox {\t\tborder-color: %s;\t}",
+                                             sysLighten(color, 0.75f).c_str()));
 }
 
 void SysGroupBox::setThemeColor(std::string color) {
@@ -90,9 +88,9 @@ void SysGroupBox::setThemeColor(std::string color) {
 }
 
 void SysGroupBox::setPadding(float em) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQGroupBox {\t\tpadding: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQGroupBox {\t\tpadding: %.2fem;\t}", em));
 }
 
 void SysGroupBox::setBorderWidth(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQGroupBox {\t\tborder-width: %dpx;\t}", px));
+    SysSheet::append(this, QString::asprintf("\tQGroupBox {\t\tborder-width: %dpx;\t}", px));
 }

@@ -1,15 +1,18 @@
 #include "kit/SysLabel.h"
 
 #include "kit/SysHLayout.h"
+#include "kit/SysSheet.h"
 #include "kit/SysWidget.h"
 
 #include <QMouseEvent>
 
 SysLabel::SysLabel(QWidget* parent, const QString& text) : QLabel(text, parent) {
-    setStyleSheet(QStringLiteral(
-        "\tQLabel {\t\tfont-family: '微软雅黑';\t\tmin-height: 1em;\t\tline-height: 1em;\t}"
-        "\tQLabel:disabled {\t\tcolor: #c0c0c0;\t\tbackground-color: #fafafa;"
-        "\t\tborder-color: #c0c0c0;\t}"));
+    SysSheet::set(
+        this,
+        QStringLiteral(
+            "\tQLabel {\t\tfont-family: '微软雅黑';\t\tmin-height: 1em;\t\tline-height: 1em;\t}"
+            "\tQLabel:disabled {\t\tcolor: #c0c0c0;\t\tbackground-color: #fafafa;"
+            "\t\tborder-color: #c0c0c0;\t}"));
     setTextColor("#000");
     setFontSize(18);
     setBackgroundColor("transparent");
@@ -17,29 +20,29 @@ SysLabel::SysLabel(QWidget* parent, const QString& text) : QLabel(text, parent) 
 }
 
 void SysLabel::setFontSize(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQLabel {\t\tfont-size: %dpx;\t}", px));
+    SysSheet::append(this, QString::asprintf("\tQLabel {\t\tfont-size: %dpx;\t}", px));
 }
 
 void SysLabel::setFontWeight(int weight) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQLabel {\t\tfont-weight: %d;\t}", weight));
+    SysSheet::append(this, QString::asprintf("\tQLabel {\t\tfont-weight: %d;\t}", weight));
 }
 
 void SysLabel::setRadius(float em) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQLabel {\t\tborder-radius: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQLabel {\t\tborder-radius: %.2fem;\t}", em));
 }
 
 void SysLabel::setTextColor(std::string color) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQLabel {\t\tcolor: %s;\t}", color.c_str()));
+    SysSheet::append(this, QString::asprintf("\tQLabel {\t\tcolor: %s;\t}", color.c_str()));
 }
 
 void SysLabel::setBackgroundColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQLabel {\t\tbackground-color: %s;\t}", color.c_str()));
+    SysSheet::append(this,
+                     QString::asprintf("\tQLabel {\t\tbackground-color: %s;\t}", color.c_str()));
 }
 
 void SysLabel::setPlain() {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQLabel {\t\tbackground-color: transparent;"
-                                                   "\t\tborder: none;\t}"));
+    SysSheet::append(this, QString::asprintf("\tQLabel {\t\tbackground-color: transparent;"
+                                             "\t\tborder: none;\t}"));
 }
 
 void SysLabel::mousePressEvent(QMouseEvent* event) {

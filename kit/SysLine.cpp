@@ -1,5 +1,7 @@
 #include "kit/SysLine.h"
 
+#include "kit/SysSheet.h"
+
 SysLine::SysLine(QWidget* parent, bool horizontal) : QFrame(parent) {
     setHorizontal(horizontal);
     setLineColor("#f0f0f0");
@@ -12,6 +14,7 @@ void SysLine::setHorizontal(bool horizontal) {
 }
 
 void SysLine::setLineColor(std::string color) {
-    setStyleSheet(horizontal ? QString::asprintf("border-top: 1px solid %s;", color.c_str())
-                             : QString::asprintf("border-left: 1px solid %s;", color.c_str()));
+    SysSheet::set(this, horizontal
+                            ? QString::asprintf("border-top: 1px solid %s;", color.c_str())
+                            : QString::asprintf("border-left: 1px solid %s;", color.c_str()));
 }

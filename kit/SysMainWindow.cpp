@@ -1,6 +1,7 @@
 #include "kit/SysMainWindow.h"
 
 #include "kit/SysMessageBox.h"
+#include "kit/SysSheet.h"
 
 #include <QStatusBar>
 
@@ -16,19 +17,20 @@ SysMainWindow::SysMainWindow(QWidget* parent) : QMainWindow(parent) {
 }
 
 void SysMainWindow::setBaseStyle(std::string color) {
-    setStyleSheet(QString::asprintf("\tQMainWindow {\t\tfont-size: 18px;\t\tbackground-color: %s;"
+    SysSheet::set(this,
+                  QString::asprintf("\tQMainWindow {\t\tfont-size: 18px;\t\tbackground-color: %s;"
                                     "\t\tpadding: 0px;\t}",
                                     color.c_str()));
     backgroundColor = color;
 }
 
 void SysMainWindow::setPadding(float em) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQMainWindow {\t\tpadding: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQMainWindow {\t\tpadding: %.2fem;\t}", em));
 }
 
 void SysMainWindow::setStatusItemBorder(int px) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQMainWindow QStatusBar::item {\t\tborder: %dpx;\t}", px));
+    SysSheet::append(this,
+                     QString::asprintf("\tQMainWindow QStatusBar::item {\t\tborder: %dpx;\t}", px));
 }
 
 void SysMainWindow::showError(const char* format, ...) {

@@ -1,14 +1,18 @@
 #include "kit/SysProgressBar.h"
 
+#include "kit/SysSheet.h"
+
 SysProgressBar::SysProgressBar(QWidget* parent) : QProgressBar(parent) {
     // Qt style sheets know no overflow property, so the chunk is kept inside the rounded bar
     // by giving it the bar's radius (setRadius) rather than by clipping.
-    setStyleSheet(QStringLiteral(
-        "\tQProgressBar {\t\tfont-family: '微软雅黑';\t\tcolor: #fff;\t\ttext-align: center;"
-        "\t\tbackground-color: #FFFFFF;\t\tborder: 1px solid transparent;"
-        "\t\tmin-width: 4em;\t}"
-        "\tQProgressBar:disabled {\t\tcolor: #fafafa;\t}"
-        "\tQProgressBar::chunk:disabled {\t\tbackground-color: #c0c0c0;\t}"));
+    SysSheet::set(
+        this,
+        QStringLiteral(
+            "\tQProgressBar {\t\tfont-family: '微软雅黑';\t\tcolor: #fff;\t\ttext-align: center;"
+            "\t\tbackground-color: #FFFFFF;\t\tborder: 1px solid transparent;"
+            "\t\tmin-width: 4em;\t}"
+            "\tQProgressBar:disabled {\t\tcolor: #fafafa;\t}"
+            "\tQProgressBar::chunk:disabled {\t\tbackground-color: #c0c0c0;\t}"));
     setRadius(0.625f);
     setFontSize(18);
     setTextColors("#fff");
@@ -16,37 +20,35 @@ SysProgressBar::SysProgressBar(QWidget* parent) : QProgressBar(parent) {
 }
 
 void SysProgressBar::setRadius(float em) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQProgressBar {\t\tborder-radius: %fem;\t}"
-                                    "\tQProgressBar::chunk {\t\tborder-radius: %fem;\t}",
-                                    em, em));
+    SysSheet::append(this, QString::asprintf("\tQProgressBar {\t\tborder-radius: %fem;\t}"
+                                             "\tQProgressBar::chunk {\t\tborder-radius: %fem;\t}",
+                                             em, em));
 }
 
 void SysProgressBar::setBorderWidth(int px) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQProgressBar {\t\tborder-width: %dpx;\t}", px));
+    SysSheet::append(this, QString::asprintf("\tQProgressBar {\t\tborder-width: %dpx;\t}", px));
 }
 
 void SysProgressBar::setBorderColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQProgressBar {\t\tborder-color: %s;\t}", color.c_str()));
+    SysSheet::append(this,
+                     QString::asprintf("\tQProgressBar {\t\tborder-color: %s;\t}", color.c_str()));
 }
 
 void SysProgressBar::setFontSize(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQProgressBar {\t\tfont-size: %dpx;\t}"
-                                                   "\tQProgressBar::chunk {\t\tfont-size: %dpx;\t}",
-                                                   px, px));
+    SysSheet::append(this, QString::asprintf("\tQProgressBar {\t\tfont-size: %dpx;\t}"
+                                             "\tQProgressBar::chunk {\t\tfont-size: %dpx;\t}",
+                                             px, px));
 }
 
 void SysProgressBar::setTextColors(std::string color) {
     textColor = color;
-    setStyleSheet(styleSheet() + QString::asprintf("\tQProgressBar {\t\tcolor: %s;\t}"
-                                                   "\tQProgressBar::chunk {\t\tcolor: %s;\t}",
-                                                   color.c_str(), color.c_str()));
+    SysSheet::append(this, QString::asprintf("\tQProgressBar {\t\tcolor: %s;\t}"
+                                             "\tQProgressBar::chunk {\t\tcolor: %s;\t}",
+                                             color.c_str(), color.c_str()));
 }
 
 void SysProgressBar::setNoBorder() {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQProgressBar {\t\tborder: none;\t}"));
+    SysSheet::append(this, QString::asprintf("\tQProgressBar {\t\tborder: none;\t}"));
 }
 
 void SysProgressBar::setChunkGradient(QStringList colors) {
@@ -55,15 +57,15 @@ void SysProgressBar::setChunkGradient(QStringList colors) {
     for (int i = 0; i < n; ++i)
         stops << QString::asprintf("stop: %.2f %s", static_cast<float>(i) / static_cast<float>(n),
                                    colors[i].toUtf8().constData());
-    setStyleSheet(styleSheet() + QString::asprintf("QProgressBar::chunk{background:qlineargradient("
-                                                   "spread:pad,x1:0,y1:0,x2:1,y2:0,%s);}",
-                                                   stops.join(',').toUtf8().constData()));
+    SysSheet::append(this, QString::asprintf("QProgressBar::chunk{background:qlineargradient("
+                                             "spread:pad,x1:0,y1:0,x2:1,y2:0,%s);}",
+                                             stops.join(',').toUtf8().constData()));
 }
 
 void SysProgressBar::setBarHeight(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQProgressBar {\t\tmin-height: %dpx;"
-                                                   "\t\tmax-height: %dpx;\t}",
-                                                   px, px));
+    SysSheet::append(this, QString::asprintf("\tQProgressBar {\t\tmin-height: %dpx;"
+                                             "\t\tmax-height: %dpx;\t}",
+                                             px, px));
 }
 
 void SysProgressBar::setTextFormat(std::string format, int mode) {
@@ -77,8 +79,7 @@ void SysProgressBar::setTextFormat(std::string format, int mode) {
 
 void SysProgressBar::setThemeColor(std::string color) {
     themeColor = color;
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQProgressBar {\t\tborder-color: %s;\t}"
-                                    "\tQProgressBar::chunk {\t\tbackground-color: %s;\t}",
-                                    color.c_str(), color.c_str()));
+    SysSheet::append(this, QString::asprintf("\tQProgressBar {\t\tborder-color: %s;\t}"
+                                             "\tQProgressBar::chunk {\t\tbackground-color: %s;\t}",
+                                             color.c_str(), color.c_str()));
 }

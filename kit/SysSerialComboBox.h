@@ -7,7 +7,9 @@
 #include <QTimer>
 
 // Port chooser: lists the machine's serial ports, then the virtual ports published for this
-// user, and refreshes the list once a second while polling. The user's choice is kept by name
+// user, and refreshes the list once a second while polling. A refresh lists the ports again only
+// when the device folders or the virtual-port folder changed since it last did, so an idle box
+// costs next to nothing. The user's choice is kept by name
 // across refreshes; a chosen port that disappears leaves the box empty, and is reported once
 // as a change to an empty name.
 class SysSerialComboBox : public SysComboBox {
@@ -33,11 +35,21 @@ private slots:
     void onTimerTimeout();
 
 private:
+    // Whether the folders the list is made from may have changed since the last listing.
+    bool listingMayHaveChanged();
+    // Lists the ports again and keeps the choice `cur` by name.
+    void relist(const QString& cur);
+    // Tells a new choice or a lost port (cur and curIndex as they were before the tick).
+    void report(const QString& cur, int curIndex);
+
     QTimer pollTimer;
     int intervalMs = 1000;
     QStringList ports;
     QString lastPort;
     bool lostReported = false;
+    // The folders' state at the last listing, and when that listing was made.
+    QByteArray listedStamp;
+    qint64 listedAtNs = -1;
 };
 
 // A form row "<label>:" with a port chooser, polling from the start when `startPolling`.

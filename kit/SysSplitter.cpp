@@ -1,28 +1,29 @@
 #include "kit/SysSplitter.h"
 
+#include "kit/SysSheet.h"
+
 SysSplitter::SysSplitter(QWidget* parent) : QSplitter(parent) {
     setChildrenCollapsible(false);
-    setStyleSheet(QStringLiteral("\tQSplitter {\t\tfont-family: '微软雅黑';\t\tpadding: 0px;"
-                                 "\t\tmargin: 0px;\t\tbackground: transparent;\t}"
-                                 "\tQSplitter::handle {\t\tbackground: transparent;\t}"));
+    SysSheet::set(this, QStringLiteral("\tQSplitter {\t\tfont-family: '微软雅黑';\t\tpadding: 0px;"
+                                       "\t\tmargin: 0px;\t\tbackground: transparent;\t}"
+                                       "\tQSplitter::handle {\t\tbackground: transparent;\t}"));
 }
 
 void SysSplitter::setBackgroundColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQSplitter {\t\tbackground-color: %s;\t}", color.c_str()));
+    SysSheet::append(this,
+                     QString::asprintf("\tQSplitter {\t\tbackground-color: %s;\t}", color.c_str()));
 }
 
 void SysSplitter::setPadding(float em) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQSplitter {\t\tpadding: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQSplitter {\t\tpadding: %.2fem;\t}", em));
 }
 
 void SysSplitter::setHandleWidth(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQSplitter::handle {\t\twidth: %dpx;\t}", px));
+    SysSheet::append(this, QString::asprintf("\tQSplitter::handle {\t\twidth: %dpx;\t}", px));
 }
 
 void SysSplitter::setRadius(float em) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQSplitter {\t\tborder-radius: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQSplitter {\t\tborder-radius: %.2fem;\t}", em));
 }
 
 void SysSplitter::setHorizontal(bool horizontal) {

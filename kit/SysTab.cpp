@@ -1,17 +1,19 @@
 #include "kit/SysTab.h"
 
+#include "kit/SysSheet.h"
 #include "kit/SysStyle.h"
 
 SysTab::SysTab(QWidget* parent) : QTabWidget(parent) {
-    setStyleSheet(QStringLiteral(
-        "\tQTabWidget {\t\tfont-family: '微软雅黑';\t}"
-        "\tQTabWidget::pane {\t\tborder: 1px solid transparent;\t\tborder-radius: .75em;"
-        "\t\tpadding: .75em;\t}"
-        "\tQTabWidget::tab-bar {\t\tleft: 1em;\t}"
-        "\tQTabWidget QTabBar {\t\tbackground: transparent;\t}"
-        "\tQTabWidget QTabBar::tab {\t\tpadding: .25em .75em;\t\tmargin-right: .25em;"
-        "\t\tborder-bottom: none;\t}"
-        "\tQTabWidget QTabBar::tab:selected {\t\tcolor: #fff;\t}"));
+    SysSheet::set(
+        this, QStringLiteral(
+                  "\tQTabWidget {\t\tfont-family: '微软雅黑';\t}"
+                  "\tQTabWidget::pane {\t\tborder: 1px solid transparent;\t\tborder-radius: .75em;"
+                  "\t\tpadding: .75em;\t}"
+                  "\tQTabWidget::tab-bar {\t\tleft: 1em;\t}"
+                  "\tQTabWidget QTabBar {\t\tbackground: transparent;\t}"
+                  "\tQTabWidget QTabBar::tab {\t\tpadding: .25em .75em;\t\tmargin-right: .25em;"
+                  "\t\tborder-bottom: none;\t}"
+                  "\tQTabWidget QTabBar::tab:selected {\t\tcolor: #fff;\t}"));
     setThemeColor("#409eff");
     setRadius(0.5f);
     setFontSize(18);
@@ -21,82 +23,77 @@ SysTab::SysTab(QWidget* parent) : QTabWidget(parent) {
 }
 
 void SysTab::setFontSize(int px) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTabWidget {\t\tfont-size: %dpx;\t}"
-                                    "\tQTabWidget QTabBar {\t\tfont-size: %dpx;\t}"
-                                    "\tQTabWidget QTabBar::tab {\t\tfont-size: %dpx;\t}",
-                                    px, px, px));
+    SysSheet::append(this, QString::asprintf("\tQTabWidget {\t\tfont-size: %dpx;\t}"
+                                             "\tQTabWidget QTabBar {\t\tfont-size: %dpx;\t}"
+                                             "\tQTabWidget QTabBar::tab {\t\tfont-size: %dpx;\t}",
+                                             px, px, px));
 }
 
 void SysTab::setRadius(float em) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTabWidget {\t\tborder-top-left-radius: %.2fem;"
-                                    "\t\tborder-top-right-radius: %.2fem;\t}"
-                                    "\tQTabWidget QTabBar::tab {"
-                                    "\t\tborder-top-left-radius: %.2fem;"
-                                    "\t\tborder-top-right-radius: %.2fem;\t}"
-                                    "\tQTabWidget::pane {\t\tborder-radius: %.2fem;\t}",
-                                    em, em, em, em, em));
+    SysSheet::append(this, QString::asprintf("\tQTabWidget {\t\tborder-top-left-radius: %.2fem;"
+                                             "\t\tborder-top-right-radius: %.2fem;\t}"
+                                             "\tQTabWidget QTabBar::tab {"
+                                             "\t\tborder-top-left-radius: %.2fem;"
+                                             "\t\tborder-top-right-radius: %.2fem;\t}"
+                                             "\tQTabWidget::pane {\t\tborder-radius: %.2fem;\t}",
+                                             em, em, em, em, em));
 }
 
 void SysTab::setPaneBorderWidth(int px) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTabWidget::pane {\t\tborder-width: %dpx;\t}", px));
+    SysSheet::append(this, QString::asprintf("\tQTabWidget::pane {\t\tborder-width: %dpx;\t}", px));
 }
 
 void SysTab::setPaneRadius(float em) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTabWidget::pane {\t\tborder-radius: %.2fem;\t}", em));
+    SysSheet::append(this,
+                     QString::asprintf("\tQTabWidget::pane {\t\tborder-radius: %.2fem;\t}", em));
 }
 
 void SysTab::setPaneBorderColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTabWidget::pane {\t\tborder-color: %s;\t}", color.c_str()));
+    SysSheet::append(
+        this, QString::asprintf("\tQTabWidget::pane {\t\tborder-color: %s;\t}", color.c_str()));
 }
 
 void SysTab::setPanePadding(float em) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTabWidget::pane {\t\tpadding: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQTabWidget::pane {\t\tpadding: %.2fem;\t}", em));
 }
 
 void SysTab::setPaneBackgroundColor(std::string color) {
-    setStyleSheet(
-        styleSheet() +
-        QString::asprintf("\tQTabWidget::pane {\t\tbackground-color: %s;\t}", color.c_str()));
+    SysSheet::append(
+        this, QString::asprintf("\tQTabWidget::pane {\t\tbackground-color: %s;\t}", color.c_str()));
 }
 
 void SysTab::setTabTextColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTabWidget QTabBar::tab {\t\tcolor: %s;\t}", color.c_str()));
+    SysSheet::append(
+        this, QString::asprintf("\tQTabWidget QTabBar::tab {\t\tcolor: %s;\t}", color.c_str()));
 }
 
 void SysTab::setTabBackgroundColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTabWidget QTabBar::tab {\t\tbackground-color: %s;\t}",
-                                    color.c_str()));
+    SysSheet::append(this,
+                     QString::asprintf("\tQTabWidget QTabBar::tab {\t\tbackground-color: %s;\t}",
+                                       color.c_str()));
 }
 
 void SysTab::setTabHoverColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTabWidget QTabBar::tab:hover {\t\tbackground-color: %s;\t}",
-                                    color.c_str()));
+    SysSheet::append(
+        this, QString::asprintf("\tQTabWidget QTabBar::tab:hover {\t\tbackground-color: %s;\t}",
+                                color.c_str()));
 }
 
 void SysTab::setTabSelectedColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTabWidget QTabBar::tab:selected {\t\tbackground-color: %s;"
-                                    "\t\tborder-color: %s;\t}",
-                                    color.c_str(), color.c_str()));
+    SysSheet::append(
+        this, QString::asprintf("\tQTabWidget QTabBar::tab:selected {\t\tbackground-color: %s;"
+                                "\t\tborder-color: %s;\t}",
+                                color.c_str(), color.c_str()));
 }
 
 void SysTab::setThemeColor(std::string color) {
     const std::string light = sysLighten(color, 0.75f);
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTabWidget::pane {\t\tborder-color: %s;\t}"
-                                    "\tQTabWidget QTabBar::tab:hover {\t\tbackground-color: %s;\t}"
-                                    "\tQTabWidget QTabBar::tab:selected {\t\tbackground-color: %s;"
-                                    "\t\tborder-color: %s;\t}",
-                                    light.c_str(), light.c_str(), color.c_str(), color.c_str()));
+    SysSheet::append(
+        this, QString::asprintf("\tQTabWidget::pane {\t\tborder-color: %s;\t}"
+                                "\tQTabWidget QTabBar::tab:hover {\t\tbackground-color: %s;\t}"
+                                "\tQTabWidget QTabBar::tab:selected {\t\tbackground-color: %s;"
+                                "\t\tborder-color: %s;\t}",
+                                light.c_str(), light.c_str(), color.c_str(), color.c_str()));
 }
 
 void SysTab::fitTabCorners(float radius) {
@@ -118,15 +115,14 @@ void SysTab::fitTabCorners(float radius) {
         corners[1] = corners[3] = r;
         break;
     }
-    setStyleSheet(styleSheet() + QString::asprintf("\tQTabWidget QTabBar::tab {"
-                                                   "\t\tborder-top-left-radius: %s;"
-                                                   "\t\tborder-top-right-radius: %s;"
-                                                   "\t\tborder-bottom-left-radius: %s;"
-                                                   "\t\tborder-bottom-right-radius: %s;\t}",
-                                                   corners[0].toUtf8().constData(),
-                                                   corners[1].toUtf8().constData(),
-                                                   corners[2].toUtf8().constData(),
-                                                   corners[3].toUtf8().constData()));
+    SysSheet::append(
+        this, QString::asprintf("\tQTabWidget QTabBar::tab {"
+                                "\t\tborder-top-left-radius: %s;"
+                                "\t\tborder-top-right-radius: %s;"
+                                "\t\tborder-bottom-left-radius: %s;"
+                                "\t\tborder-bottom-right-radius: %s;\t}",
+                                corners[0].toUtf8().constData(), corners[1].toUtf8().constData(),
+                                corners[2].toUtf8().constData(), corners[3].toUtf8().constData()));
 }
 
 void SysTab::onTabActive(int index, std::function<void(bool)> cb) {
@@ -146,4 +142,10 @@ void SysTab::tabChanged(int index) {
         }
     }
     lastIndex = index;
+}
+
+int SysTab::addTab(QWidget* page, const QString& label) {
+    int index = -1;
+    SysSheet::move(page, [&] { index = QTabWidget::addTab(page, label); });
+    return index;
 }

@@ -14,6 +14,9 @@ class SysTab : public QTabWidget {
 public:
     explicit SysTab(QWidget* parent = nullptr);
 
+    // QTabWidget::addTab, moving the finished page in without styling its tree again.
+    int addTab(QWidget* page, const QString& label);
+
     void setFontSize(int px);
     // Rounds the top corners of the widget and the tabs, and the whole pane.
     void setRadius(float em);

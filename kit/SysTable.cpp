@@ -5,6 +5,7 @@
 #include "kit/SysHLayout.h"
 #include "kit/SysHtmlTable.h"
 #include "kit/SysMenu.h"
+#include "kit/SysSheet.h"
 #include "kit/SysStyle.h"
 #include "kit/SysWidget.h"
 
@@ -72,12 +73,7 @@ SysHtmlTable htmlTable(const std::string& theme) {
 } // namespace
 
 SysTable::SysTable(QWidget* parent, QStringList headers) : QTableWidget(parent) {
-    // The header and the scroll bars are styled from this table's sheet. While a widget is
-    // not yet polished, a changed sheet does not reach the style of its children, so every
-    // rule appended after the first would be lost on them; polishing first makes each later
-    // change repolish the children too.
-    ensurePolished();
-    setStyleSheet(QString::fromUtf8(kBaseSheet));
+    SysSheet::set(this, QString::fromUtf8(kBaseSheet));
     setFontSize(18);
     setHeaderBackgroundColor("#e0e0e0");
     setScrollBarColor("#ddd");
@@ -149,6 +145,10 @@ void SysTable::setColumnAlign(int column, Qt::Alignment align) {
 void SysTable::scrollToRow(int row) {
     ensureItem(row, 0);
     scrollToItem(ensureItem(row + 1, 0));
+}
+
+void SysTable::setCellWidget(int row, int column, QWidget* w) {
+    SysSheet::move(w, [&] { QTableWidget::setCellWidget(row, column, w); });
 }
 
 void SysTable::setCellWidgetBox(int row, int column, QWidget* w, Qt::Alignment align) {
@@ -288,7 +288,7 @@ void SysTable::resizeEvent(QResizeEvent* event) {
 }
 
 void SysTable::appendStyle(const QString& fragment) {
-    setStyleSheet(styleSheet() + fragment);
+    SysSheet::append(this, fragment);
 }
 
 void SysTable::setHeaderBackgroundColor(std::string color) {

@@ -38,6 +38,8 @@ public:
     void setColumnAlign(int column, Qt::Alignment align);
     // Scrolls so that the row after `row`, the next to be written, is in view.
     void scrollToRow(int row);
+    // QTableWidget::setCellWidget, moving the finished widget in without styling it again.
+    void setCellWidget(int row, int column, QWidget* w);
     // Puts `w` into the cell inside a margin-less box, aligned by `align`.
     void setCellWidgetBox(int row, int column, QWidget* w, Qt::Alignment align);
     void setRowBackground(int row, QColor color);

@@ -1,5 +1,6 @@
 #include "kit/SysTree.h"
 
+#include "kit/SysSheet.h"
 #include "kit/SysStyle.h"
 
 #include <QDrag>
@@ -25,9 +26,6 @@ void expandSubtree(QTreeWidgetItem* item) {
 } // namespace
 
 SysTree::SysTree(QWidget* parent) : QTreeWidget(parent) {
-    // Polished before its sheet is set: Qt carries a changed sheet on to the scroll bars and
-    // popups of a widget only once the widget itself is polished, so later rules reach them.
-    ensurePolished();
     setColumnCount(1);
     setHeaderItem(new QTreeWidgetItem(QStringList{QString()}));
     setHeaderHidden(true);
@@ -38,22 +36,24 @@ SysTree::SysTree(QWidget* parent) : QTreeWidget(parent) {
     setDefaultDropAction(Qt::MoveAction);
     setDragDropMode(QAbstractItemView::InternalMove);
     setSelectionMode(QAbstractItemView::SingleSelection);
-    setStyleSheet(QStringLiteral(
-        "\tQTreeWidget {\t\tfont-family: '微软雅黑';\t\tbackground-color: #fff;"
-        "\t\tborder: none;\t\toutline: 0px;\t\tmargin: 0px;\t}"
-        "\tQTreeWidget::item:selected {\t\tcolor: #FFF;\t}"
-        "\tQTreeWidget QMenu {\t\tfont-family: '微软雅黑';\t}"
-        "\tQTreeWidget QScrollBar:vertical {\t\twidth: 8px;\t\tborder-radius: 4px;"
-        "\t\tpadding: 1px;\t}"
-        "\tQTreeWidget QScrollBar:horizontal {\t\theight: 8px;\t\tborder-radius: 4px;"
-        "\t\tpadding: 1px;\t}"
-        "\tQTreeWidget QScrollBar::handle {\t\tborder-radius: 2px;\t}"
-        "\tQTreeWidget QScrollBar::handle:vertical {\t\tmin-height: 7px;\t}"
-        "\tQTreeWidget QScrollBar::handle:horizontal {\t\tmin-width: 7px;\t}"
-        "\tQTreeWidget QScrollBar::add-line, QTreeWidget QScrollBar::sub-line {\t\twidth: 0px;"
-        "\t\theight: 0px;\t\tborder: none;\t\tbackground: transparent;\t}"
-        "\tQTreeWidget QScrollBar::add-page, QTreeWidget QScrollBar::sub-page {\t\twidth: 0px;"
-        "\t\theight: 0px;\t\tbackground: transparent;\t}"));
+    SysSheet::set(
+        this,
+        QStringLiteral(
+            "\tQTreeWidget {\t\tfont-family: '微软雅黑';\t\tbackground-color: #fff;"
+            "\t\tborder: none;\t\toutline: 0px;\t\tmargin: 0px;\t}"
+            "\tQTreeWidget::item:selected {\t\tcolor: #FFF;\t}"
+            "\tQTreeWidget QMenu {\t\tfont-family: '微软雅黑';\t}"
+            "\tQTreeWidget QScrollBar:vertical {\t\twidth: 8px;\t\tborder-radius: 4px;"
+            "\t\tpadding: 1px;\t}"
+            "\tQTreeWidget QScrollBar:horizontal {\t\theight: 8px;\t\tborder-radius: 4px;"
+            "\t\tpadding: 1px;\t}"
+            "\tQTreeWidget QScrollBar::handle {\t\tborder-radius: 2px;\t}"
+            "\tQTreeWidget QScrollBar::handle:vertical {\t\tmin-height: 7px;\t}"
+            "\tQTreeWidget QScrollBar::handle:horizontal {\t\tmin-width: 7px;\t}"
+            "\tQTreeWidget QScrollBar::add-line, QTreeWidget QScrollBar::sub-line {\t\twidth: 0px;"
+            "\t\theight: 0px;\t\tborder: none;\t\tbackground: transparent;\t}"
+            "\tQTreeWidget QScrollBar::add-page, QTreeWidget QScrollBar::sub-page {\t\twidth: 0px;"
+            "\t\theight: 0px;\t\tbackground: transparent;\t}"));
     setSelectionColor("#409eff");
     setFontSize(18);
     setTextColor("#000");
@@ -61,55 +61,53 @@ SysTree::SysTree(QWidget* parent) : QTreeWidget(parent) {
 }
 
 void SysTree::setFontSize(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQTreeWidget {\t\tfont-size: %dpx;\t}"
-                                                   "\tQTreeWidget::item {\t\tfont-size: %dpx;\t}",
-                                                   px, px));
+    SysSheet::append(this, QString::asprintf("\tQTreeWidget {\t\tfont-size: %dpx;\t}"
+                                             "\tQTreeWidget::item {\t\tfont-size: %dpx;\t}",
+                                             px, px));
 }
 
 void SysTree::setTextColor(std::string color) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQTreeWidget {\t\tcolor: %s;\t}"
-                                                   "\tQTreeWidget::item {\t\tcolor: %s;\t}",
-                                                   color.c_str(), color.c_str()));
+    SysSheet::append(this, QString::asprintf("\tQTreeWidget {\t\tcolor: %s;\t}"
+                                             "\tQTreeWidget::item {\t\tcolor: %s;\t}",
+                                             color.c_str(), color.c_str()));
 }
 
 void SysTree::setFontWeight(int weight) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTreeWidget {\t\tfont-weight: %d;\t}", weight));
+    SysSheet::append(this, QString::asprintf("\tQTreeWidget {\t\tfont-weight: %d;\t}", weight));
 }
 
 void SysTree::setRadius(float em) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTreeWidget {\t\tborder-radius: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQTreeWidget {\t\tborder-radius: %.2fem;\t}", em));
 }
 
 void SysTree::setBorderWidth(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQTreeWidget {\t\tborder-width: %dpx;"
-                                                   "\t\tborder-style: solid;\t}",
-                                                   px));
+    SysSheet::append(this, QString::asprintf("\tQTreeWidget {\t\tborder-width: %dpx;"
+                                             "\t\tborder-style: solid;\t}",
+                                             px));
 }
 
 void SysTree::setBorderColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTreeWidget {\t\tborder-color: %s;\t}", color.c_str()));
+    SysSheet::append(this,
+                     QString::asprintf("\tQTreeWidget {\t\tborder-color: %s;\t}", color.c_str()));
 }
 
 void SysTree::setPadding(float em) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQTreeWidget {\t\tpadding: %.2fem;\t}", em));
+    SysSheet::append(this, QString::asprintf("\tQTreeWidget {\t\tpadding: %.2fem;\t}", em));
 }
 
 void SysTree::setBackgroundColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQTreeWidget {\t\tbackground-color: %s;\t}", color.c_str()));
+    SysSheet::append(
+        this, QString::asprintf("\tQTreeWidget {\t\tbackground-color: %s;\t}", color.c_str()));
 }
 
 void SysTree::setScrollBarColor(std::string color) {
-    setStyleSheet(styleSheet() + sysScrollBarRules("QTreeWidget", color));
+    SysSheet::append(this, sysScrollBarRules("QTreeWidget", color));
 }
 
 void SysTree::setSelectionColor(std::string color) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQTreeWidget::item:selected {"
-                                                   "\t\tbackground-color: %s;\t}",
-                                                   color.c_str()));
+    SysSheet::append(this, QString::asprintf("\tQTreeWidget::item:selected {"
+                                             "\t\tbackground-color: %s;\t}",
+                                             color.c_str()));
 }
 
 void SysTree::setDragging(bool enabled) {

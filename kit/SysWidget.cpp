@@ -1,23 +1,25 @@
 #include "kit/SysWidget.h"
 
+#include "kit/SysSheet.h"
+
 #include <QApplication>
 #include <QDesktopWidget>
 
 SysWidget::SysWidget(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_StyledBackground);
-    setStyleSheet(QStringLiteral("\tQWidget {\t\tfont-family: '微软雅黑';\t\tpadding: 0px;"
-                                 "\t\tmargin: 0px;\t}"));
+    SysSheet::set(this, QStringLiteral("\tQWidget {\t\tfont-family: '微软雅黑';\t\tpadding: 0px;"
+                                       "\t\tmargin: 0px;\t}"));
     setBackgroundColor("transparent");
     setFontSize(18);
 }
 
 void SysWidget::setFontSize(int px) {
-    setStyleSheet(styleSheet() + QString::asprintf("\tQWidget {\t\tfont-size: %dpx;\t}", px));
+    SysSheet::append(this, QString::asprintf("\tQWidget {\t\tfont-size: %dpx;\t}", px));
 }
 
 void SysWidget::setBackgroundColor(std::string color) {
-    setStyleSheet(styleSheet() +
-                  QString::asprintf("\tQWidget {\t\tbackground-color: %s;\t}", color.c_str()));
+    SysSheet::append(this,
+                     QString::asprintf("\tQWidget {\t\tbackground-color: %s;\t}", color.c_str()));
 }
 
 void SysWidget::setMinimumSizeRelative(float ratio) {

@@ -8,6 +8,7 @@
 
 #include <poll.h>
 #include <sys/eventfd.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -311,6 +312,9 @@ void BoardSim::wake() {
 }
 
 void BoardSim::run() {
+    // Bytes are paced in microseconds at the higher rates: the default timer slack of the
+    // system (50 microseconds) would add itself to every wake-up of the board.
+    prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);
     for (;;) {
         pollfd fds[3];
         nfds_t count = 0;
@@ -457,8 +461,11 @@ void BoardSim::accept(const std::vector<QByteArray>& chunks, TimePoint now) {
 void BoardSim::service(TimePoint now) {
     while (!in_.empty() && in_.front().due <= now) {
         const QByteArray bytes = in_.front().bytes;
+        feeding_ = true;
+        feedDue_ = in_.front().due;
         in_.pop_front();
         feed(bytes, now);
+        feeding_ = false;
     }
     if (stage_ == Stage::Stub && !frameBuf_.isEmpty() && now - frameLast_ >= kFrameGap) {
         strayBytes_ += frameBuf_.size();
@@ -935,6 +942,7 @@ void BoardSim::queueOut(const QByteArray& bytes, int holdMs) {
     OutChunk c;
     c.bytes = bytes;
     c.holdMs = std::max(holdMs, 0);
+    c.madeAt = feeding_ ? feedDue_ : Clock::now();
     out_.push_back(c);
 }
 
@@ -943,7 +951,7 @@ void BoardSim::pumpOutput(TimePoint now) {
         OutChunk& c = out_.front();
         if (!c.head) {
             c.head = true;
-            c.readyAt = now + milliseconds(c.holdMs);
+            c.readyAt = std::max(c.madeAt, outLineFree_) + milliseconds(c.holdMs);
         }
         if (now < c.readyAt)
             return;
@@ -971,7 +979,9 @@ void BoardSim::pumpOutput(TimePoint now) {
                 continue;
             }
             c.started = true;
-            c.lineStart = now;
+            // The bytes leave when they are ready; a start that came later only by this
+            // thread's own wake-up is not the host's time to pay.
+            c.lineStart = now - c.readyAt < milliseconds(1) ? c.readyAt : now;
         }
         int due = c.bytes.size();
         if (opt_.paceAtBaud)
@@ -991,6 +1001,7 @@ void BoardSim::pumpOutput(TimePoint now) {
         }
         if (c.sent < c.bytes.size())
             return;
+        outLineFree_ = opt_.paceAtBaud ? c.lineStart + byteTime() * c.bytes.size() : now;
         out_.pop_front();
     }
 }

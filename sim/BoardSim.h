@@ -137,6 +137,7 @@ private:
     struct OutChunk {
         QByteArray bytes;
         int holdMs = 0;    // wait after the chunk before it, or after the reply was made
+        TimePoint madeAt;  // when the board made it: the end of the request it answers
         bool head = false; // first in the queue: readyAt is set
         TimePoint readyAt; // when it may start
         bool started = false;
@@ -218,6 +219,12 @@ private:
     uint32_t hostBaudBefore_; // the host's rate at the look before the last
     std::deque<InChunk> in_;
     TimePoint inLineFree_;
+    // While bytes are fed to the board: when the line carried the last of them. A reply made
+    // then starts from that moment, not from when this thread got round to it.
+    bool feeding_ = false;
+    TimePoint feedDue_;
+    // When the line carried the last byte of the chunk sent before.
+    TimePoint outLineFree_;
     std::deque<OutChunk> out_;
     bool outBlocked_ = false;
 
