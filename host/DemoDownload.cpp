@@ -91,6 +91,10 @@ void DemoDownload::end(int code) {
             window_->grab().save(screenshot_);
             std::printf("screenshot: %s\n", qPrintable(screenshot_));
         }
+        // The last line a script reads: the download's own result, whatever the display's
+        // wrapper returns as it cleans up.
+        std::printf("download: %s\n", code == 0 ? "succeeded" : "failed");
+        std::fflush(stdout);
         QApplication::exit(code);
     });
 }
