@@ -99,10 +99,10 @@ void SysSheet::move(QWidget* w, const std::function<void()>& move) {
         QString sheet;
     };
     std::vector<Held> held;
-    markUnpolished(w);
     const QList<QWidget*> tree = w->findChildren<QWidget*>() << w;
     for (QWidget* each : tree) {
         QWidgetPrivate* d = QWidgetPrivate::get(each);
+        d->polished = nullptr; // so that the move polishes none of them
         if (d->extra && !d->extra->styleSheet.isEmpty()) {
             held.push_back({each, d->extra->styleSheet});
             d->extra->styleSheet.clear();
