@@ -218,6 +218,8 @@ void BoardSim::clearRecord() {
     rawWrites_.clear();
     firmwareInput_.clear();
     blockWrites_ = repeatedBlocks_ = garbledBytes_ = strayBytes_ = lostReplies_ = hostOpens_ = 0;
+    hostTurnTotal_ = nanoseconds(0);
+    hostTurns_ = 0;
 }
 
 int BoardSim::blockWrites() const {
@@ -248,6 +250,11 @@ int BoardSim::lostReplies() const {
 int BoardSim::hostOpens() const {
     Lock lock(mutex_);
     return hostOpens_;
+}
+
+nanoseconds BoardSim::meanHostTurn() const {
+    Lock lock(mutex_);
+    return hostTurns_ ? hostTurnTotal_ / hostTurns_ : nanoseconds(0);
 }
 
 void BoardSim::inject(const SimFault& fault) {
@@ -323,6 +330,7 @@ void BoardSim::run() {
         int masterAt = -1;
         timespec wait{};
         timespec* waitPtr = nullptr;
+        TimePoint target; // when a timed wait should end
         {
             Lock lock(mutex_);
             const TimePoint now = Clock::now();
@@ -346,15 +354,19 @@ void BoardSim::run() {
                 timed = true;
             }
             if (timed) {
+                target = when - wakeLead_;
                 const auto ns = std::max<int64_t>(
-                    0, std::chrono::duration_cast<nanoseconds>(when - now).count());
+                    0, std::chrono::duration_cast<nanoseconds>(target - now).count());
                 wait.tv_sec = time_t(ns / 1000000000);
                 wait.tv_nsec = long(ns % 1000000000);
                 waitPtr = &wait;
             }
         }
 
-        ::ppoll(fds, count, waitPtr, nullptr);
+        const int ready = ::ppoll(fds, count, waitPtr, nullptr);
+        const TimePoint woke = Clock::now();
+        if (ready == 0 && waitPtr)
+            learnWakeLead(woke - target);
         if (fds[0].revents & POLLIN) {
             uint64_t v;
             if (::read(wakeFd_, &v, sizeof v) < 0) {
@@ -365,7 +377,9 @@ void BoardSim::run() {
             return;
 
         Lock lock(mutex_);
-        const TimePoint now = Clock::now();
+        // Bytes came when the thread woke; what falls due is served as at the moment the
+        // thread would have woken had it not woken early.
+        const TimePoint now = woke + wakeLead_;
         if (watchAt >= 0 && pty_.takeOpenEvents() > 0)
             hostOpened();
         const short masterEvents = masterAt >= 0 ? fds[masterAt].revents : 0;
@@ -377,7 +391,7 @@ void BoardSim::run() {
             hostOpened();
         if (in.settingsChanged)
             refreshHostBaud();
-        accept(in.data, now);
+        accept(in.data, woke);
         if ((masterEvents & POLLHUP) && pty_.hungUp()) {
             pty_.noteHangUp();
             log(QStringLiteral("host closed the port"));
@@ -386,6 +400,16 @@ void BoardSim::run() {
             outBlocked_ = false;
         service(now);
     }
+}
+
+void BoardSim::learnWakeLead(nanoseconds late) {
+    // A timed wait on a quiet machine ends later than asked (a tenth of a millisecond and more
+    // on a virtual machine, where an idle processor is slow to wake). A board answering that
+    // much late would charge its simulator's wake-ups to the host, so the thread wakes early by
+    // what it has seen lately.
+    constexpr nanoseconds kMostLead = milliseconds(1);
+    wakeLead_ += (late - wakeLead_) / 8;
+    wakeLead_ = std::clamp(wakeLead_, nanoseconds(0), kMostLead);
 }
 
 bool BoardSim::nextWake(TimePoint now, TimePoint& when) const {
@@ -437,6 +461,11 @@ void BoardSim::refreshHostBaud() {
 }
 
 void BoardSim::accept(const std::vector<QByteArray>& chunks, TimePoint now) {
+    if (replyOut_ && !chunks.empty()) {
+        replyOut_ = false;
+        hostTurnTotal_ += now - replyOutAt_;
+        ++hostTurns_;
+    }
     for (const QByteArray& bytes : chunks) {
         // The bytes were sent at some rate the host had since the look before this one: a
         // change that came with them may be younger than they are.
@@ -1003,6 +1032,8 @@ void BoardSim::pumpOutput(TimePoint now) {
             return;
         outLineFree_ = opt_.paceAtBaud ? c.lineStart + byteTime() * c.bytes.size() : now;
         out_.pop_front();
+        replyOut_ = out_.empty();
+        replyOutAt_ = Clock::now();
     }
 }
 
@@ -1056,6 +1087,7 @@ void BoardSim::resetLocked() {
     inLineFree_ = TimePoint();
     out_.clear();
     outBlocked_ = false;
+    replyOut_ = false;
     log(QStringLiteral("board reset"));
 }
 

@@ -106,6 +106,9 @@ public:
     int strayBytes() const;     // bytes in Stub stage that belonged to no frame
     int lostReplies() const;    // replies not sent: nobody had the port, or the rate never met
     int hostOpens() const;      // times the port went from closed to open
+    // The host's turns: from the last byte of a reply put on the line to the next bytes from
+    // the host, averaged over every turn since clearRecord.
+    std::chrono::nanoseconds meanHostTurn() const;
 
     // Queues a one-shot fault (see SimFault). Each reply takes the oldest waiting fault of
     // each kind that matches it.
@@ -165,6 +168,7 @@ private:
     void run();
     void wake();
     bool nextWake(TimePoint now, TimePoint& when) const;
+    void learnWakeLead(std::chrono::nanoseconds late);
 
     // Input.
     void hostOpened();
@@ -212,6 +216,9 @@ private:
     std::atomic<bool> stopping_{false};
     std::thread thread_;
     QString link_;
+    // How much later than asked this thread's timed waits end, learnt as it runs; it wakes
+    // that much early. Touched by the thread only.
+    std::chrono::nanoseconds wakeLead_{0};
 
     // The line.
     uint32_t baud_;
@@ -259,4 +266,8 @@ private:
     int strayBytes_ = 0;
     int lostReplies_ = 0;
     int hostOpens_ = 0;
+    bool replyOut_ = false; // the line is quiet after a reply, waiting for the host
+    TimePoint replyOutAt_;
+    std::chrono::nanoseconds hostTurnTotal_{0};
+    int hostTurns_ = 0;
 };
