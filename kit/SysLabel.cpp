@@ -56,6 +56,7 @@ SysWidget* sysMakeWidgetRow(QString label, QWidget* control, QWidget* parent,
     auto* layout = new SysHLayout(row);
     auto* caption = new SysLabel(row, label + QLatin1Char(':'));
     layout->addWidget(caption, 0, Qt::AlignRight | vertical);
-    layout->addWidget(control, 0, Qt::AlignLeft | vertical);
+    // The control moves from its own parent into the row.
+    SysSheet::move(control, [&] { layout->addWidget(control, 0, Qt::AlignLeft | vertical); });
     return row;
 }

@@ -67,6 +67,7 @@ BoardSim::BoardSim(Options options)
     : opt_(options), pty_(options.initialBaud), baud_(options.initialBaud),
       hostBaud_(options.initialBaud), hostBaudBefore_(options.initialBaud),
       flash_(int(options.flashSize), char(0xFF)) {
+    stage_ = opt_.framesFromStart ? Stage::Stub : Stage::Rom;
     if (!pty_.isValid())
         return;
     hostBaud_ = hostBaudBefore_ = pty_.hostBaud();
@@ -1071,7 +1072,7 @@ void BoardSim::writeRam(uint32_t addr, const QByteArray& bytes) {
 }
 
 void BoardSim::resetLocked() {
-    stage_ = Stage::Rom;
+    stage_ = opt_.framesFromStart ? Stage::Stub : Stage::Rom;
     rom_ = RomState::Sync;
     romBuf_.clear();
     syncWindow_.clear();

@@ -36,6 +36,9 @@ public:
         int rawBlockSize = 1024;  // bytes per data block of the raw dialogue
         bool paceAtBaud = false;  // bytes take 10 bit times at baud() in both directions
         bool resetOnOpen = false; // the board restarts in the ROM each time the host opens
+        // The board's own software speaks frames from power-up and after each reset, as the
+        // stub does: no ROM stage, no sync needed.
+        bool framesFromStart = false;
         uint32_t initialBaud = 115200;
         int followMs = 1000; // how long a reply waits for the host to take the board's rate
     };

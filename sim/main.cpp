@@ -1,16 +1,19 @@
 // bramble-sim: a simulated QZ4410/QZ4420 board on a virtual serial port.
 //
-//   bramble-sim [--name sim0] [--sync 1|51] [--flash-size BYTES] [--baud RATE] [--pace]
-//               [--no-reset-on-open] [--quiet]
+//   bramble-sim [--name sim0] [--sync 1|51] [--frames] [--flash-size BYTES] [--flash-file FILE]
+//               [--baud RATE] [--pace] [--no-reset-on-open] [--quiet]
 //
 // Publishes the port under its name in the virtual port folder, where Bramble's port boxes
 // list it, and runs until SIGINT or SIGTERM. The board's firmware answers the text commands
 // once the stub has started it, or after a reset when "amt_start N" comes. Lines on standard
 // input: "reset" pulses the board's reset line, "status" tells its stage and rate, "quit" ends.
+// The flash starts erased with an NV sector at 0 that names an OTA status range, or holds the
+// bytes of --flash-file from its first address on.
 
 #include "engines/AppQZ4420Imple.h"
 #include "sim/BoardSim.h"
 #include "sim/SimFirmware.h"
+#include "sim/SimNvSector.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -142,6 +145,13 @@ int main(int argc, char** argv) {
         QStringLiteral("Restart the board each time the port is opened (the default)."));
     const QCommandLineOption noResetOption(QStringLiteral("no-reset-on-open"),
                                            QStringLiteral("Keep the board's state across opens."));
+    const QCommandLineOption framesOption(
+        QStringLiteral("frames"),
+        QStringLiteral("The board speaks frames from the start and after every reset, as a "
+                       "running stub does (for the flash tab); implies --no-reset-on-open."));
+    const QCommandLineOption flashFileOption(
+        QStringLiteral("flash-file"), QStringLiteral("Bytes the flash holds from its start."),
+        QStringLiteral("FILE"));
     const QCommandLineOption quietOption(QStringLiteral("quiet"),
                                          QStringLiteral("Do not print what the board does."));
     const QCommandLineOption demoOption(
@@ -149,7 +159,7 @@ int main(int argc, char** argv) {
         QStringLiteral("Write an all-in-one image that the board takes, and quit."),
         QStringLiteral("file"));
     parser.addOptions({nameOption, syncOption, flashOption, baudOption, paceOption, resetOption,
-                       noResetOption, quietOption, demoOption});
+                       noResetOption, framesOption, flashFileOption, quietOption, demoOption});
     parser.process(app);
     if (parser.isSet(demoOption))
         return makeDemoImage(parser.value(demoOption));
@@ -173,13 +183,27 @@ int main(int argc, char** argv) {
         return 2;
     }
     options.paceAtBaud = parser.isSet(paceOption);
-    options.resetOnOpen = !parser.isSet(noResetOption);
+    options.framesFromStart = parser.isSet(framesOption);
+    options.resetOnOpen = !parser.isSet(noResetOption) && !options.framesFromStart;
+    // The OTA status in the last 8 KB of the flash (the second sector on a small one).
+    const uint32_t otaAt = options.flashSize >= 0x4000 ? options.flashSize - 0x2000 : 0x1000;
+    QByteArray flash = SimNvSector::make({{"ota_status", QByteArray::number(otaAt, 16) + ",2000"}});
+    if (parser.isSet(flashFileOption)) {
+        QFile file(parser.value(flashFileOption));
+        if (!file.open(QIODevice::ReadOnly)) {
+            std::fprintf(stderr, "bramble-sim: cannot read %s\n",
+                         file.fileName().toLocal8Bit().constData());
+            return 2;
+        }
+        flash = file.read(options.flashSize);
+    }
 
     BoardSim board(options);
     if (!board.isValid()) {
         std::fprintf(stderr, "bramble-sim: cannot make a pseudo terminal\n");
         return 1;
     }
+    board.setFlash(options.flashBase, flash);
     SimFirmware firmware(board);
     if (!parser.isSet(quietOption))
         board.setEventLog(say);
