@@ -23,16 +23,6 @@ template <typename E, typename Fn> std::string raised(Fn fn) {
 
 } // namespace
 
-TEST(Serial, ExceptionTextsNameWhatFailed) {
-    EXPECT_EQ(serial::SerialException("Serial port already open.").what(),
-              std::string("SerialException Serial port already open. failed."));
-    EXPECT_EQ(serial::PortNotOpenedException("Serial::read").what(),
-              std::string("PortNotOpenedException Serial::read failed."));
-    EXPECT_EQ(
-        serial::IOException("serial/impl/unix", 42, "Error setting timeouts.").what(),
-        std::string("IO Exception: Error setting timeouts., file serial/impl/unix, line 42."));
-}
-
 TEST(Serial, OpenFailuresRaiseTheirTexts) {
     serial::Serial s;
     EXPECT_EQ(raised<std::invalid_argument>([&] { s.open(); }), "Empty port is invalid.");

@@ -33,13 +33,10 @@ TEST(KitLineStyle, LineColourReplacesTheSheetAlongTheLine) {
     SysLine line(nullptr, true);
     EXPECT_EQ(line.styleSheet().toStdString(), "border-top: 1px solid #f0f0f0;");
     EXPECT_EQ(line.frameShape(), QFrame::HLine);
-    EXPECT_EQ(line.frameShadow(), QFrame::Sunken);
 
     line.setStyleSheet(line.styleSheet() + "QFrame { margin: 3px; }");
     line.setHorizontal(false);
-    EXPECT_FALSE(line.horizontal);
     EXPECT_EQ(line.frameShape(), QFrame::VLine);
-    EXPECT_EQ(line.frameShadow(), QFrame::Sunken);
     line.setLineColor("#123456");
     EXPECT_EQ(line.styleSheet().toStdString(), "border-left: 1px solid #123456;");
 }
@@ -74,16 +71,10 @@ TEST(KitGroupBoxStyle, TitleTrimmingAndShadedBorder) {
               "4.25em;\t}");
     EXPECT_EQ(appendedBy(box, [&] { box.setFontWeight(700); }),
               "\tQGroupBox {\t\tfont-weight: 700;\t}\tQGroupBox::title {\t\tfont-weight: 700;\t}");
-    EXPECT_EQ(appendedBy(box, [&] { box.setTitleColor("#fff"); }),
-              "\tQGroupBox::title {\t\tcolor: #fff;\t}");
-    EXPECT_EQ(appendedBy(box, [&] { box.setBorderWidth(2); }),
-              "\tQGroupBox {\t\tborder-width: 2px;\t}");
 }
 
 TEST(KitProgressBarStyle, GradientStopsRadiusAndTextFormat) {
     SysProgressBar bar;
-    EXPECT_EQ(bar.textColor, "#fff");
-    EXPECT_EQ(bar.themeColor, "#409eff");
     // The bar's radius is printed with full precision, unlike every other em value.
     EXPECT_TRUE(
         bar.styleSheet().contains("\tQProgressBar {\t\tborder-radius: 0.625000em;\t}"
@@ -107,11 +98,6 @@ TEST(KitProgressBarStyle, GradientStopsRadiusAndTextFormat) {
     EXPECT_EQ(appendedBy(bar, [&] { bar.setThemeColor("#67c23a"); }),
               "\tQProgressBar {\t\tborder-color: #67c23a;\t}"
               "\tQProgressBar::chunk {\t\tbackground-color: #67c23a;\t}");
-    EXPECT_EQ(bar.themeColor, "#67c23a");
-    bar.setTextColors("#000");
-    EXPECT_EQ(bar.textColor, "#000");
-    EXPECT_EQ(appendedBy(bar, [&] { bar.setBarHeight(1); }),
-              "\tQProgressBar {\t\tmin-height: 1px;\t\tmax-height: 1px;\t}");
 
     bar.setTextFormat("done {}", 0);
     EXPECT_EQ(bar.format().toStdString(), "done %p%");
@@ -145,40 +131,23 @@ TEST(KitTabStyle, ThemeShadesAndDefaultsOrder) {
     EXPECT_EQ(appendedBy(tab, [&] { tab.setTabSelectedColor("#e6a23c"); }),
               "\tQTabWidget QTabBar::tab:selected {\t\tbackground-color: #e6a23c;"
               "\t\tborder-color: #e6a23c;\t}");
-    EXPECT_EQ(appendedBy(tab, [&] { tab.setPaneBorderWidth(3); }),
-              "\tQTabWidget::pane {\t\tborder-width: 3px;\t}");
-    EXPECT_EQ(appendedBy(tab, [&] { tab.setPanePadding(0.25f); }),
-              "\tQTabWidget::pane {\t\tpadding: 0.25em;\t}");
-    EXPECT_EQ(appendedBy(tab, [&] { tab.setTabHoverColor("#eee"); }),
-              "\tQTabWidget QTabBar::tab:hover {\t\tbackground-color: #eee;\t}");
 }
 
 TEST(KitWindowStyle, MainWindowDialogAndSplitterRules) {
     SysMainWindow window;
-    EXPECT_EQ(window.backgroundColor, "#fff");
-    EXPECT_EQ(appendedBy(window, [&] { window.setStatusItemBorder(0); }),
-              "\tQMainWindow QStatusBar::item {\t\tborder: 0px;\t}");
-    EXPECT_EQ(appendedBy(window, [&] { window.setPadding(1.5f); }),
-              "\tQMainWindow {\t\tpadding: 1.50em;\t}");
+    window.setPadding(1.5f);
     // The base style throws away everything appended before it.
     window.setBaseStyle("#f0f0f0");
     EXPECT_EQ(window.styleSheet().toStdString(),
               "\tQMainWindow {\t\tfont-size: 18px;\t\tbackground-color: #f0f0f0;"
               "\t\tpadding: 0px;\t}");
-    EXPECT_EQ(window.backgroundColor, "#f0f0f0");
 
     SysDialog dialog;
     EXPECT_TRUE(sheetEndsWith(dialog, "\tQDialog {\t\tfont-size: 18px;\t}"
                                       "\tQDialog {\t\tbackground-color: #FFF;\t}"));
-    EXPECT_EQ(appendedBy(dialog, [&] { dialog.setPadding(0.5f); }),
-              "\tQDialog {\t\tpadding: 0.50em;\t}");
 
     SysSplitter splitter;
     EXPECT_TRUE(splitter.styleSheet().contains("QSplitter::handle {\t\tbackground: transparent;"));
     EXPECT_EQ(appendedBy(splitter, [&] { splitter.setHandleWidth(4); }),
               "\tQSplitter::handle {\t\twidth: 4px;\t}");
-    EXPECT_EQ(appendedBy(splitter, [&] { splitter.setRadius(0.3f); }),
-              "\tQSplitter {\t\tborder-radius: 0.30em;\t}");
-    EXPECT_EQ(appendedBy(splitter, [&] { splitter.setBackgroundColor("#fafafa"); }),
-              "\tQSplitter {\t\tbackground-color: #fafafa;\t}");
 }

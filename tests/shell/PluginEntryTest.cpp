@@ -68,7 +68,6 @@ TEST(PluginEntry, InitBuildsFourPagesAboveTheProcessLog) {
     auto* bar = window->statusBar()->findChild<QProgressBar*>();
     ASSERT_NE(bar, nullptr);
     EXPECT_FALSE(bar->isTextVisible());
-    EXPECT_EQ(bar->value(), bar->minimum() - 1 < bar->value() ? bar->value() : -1);
     EXPECT_TRUE(window->styleSheet().contains(
         QRegularExpression("QMainWindow QStatusBar::item\\s*\\{\\s*border:\\s*0px")))
         << window->styleSheet().toStdString();

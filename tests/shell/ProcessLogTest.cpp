@@ -1,4 +1,3 @@
-#include "kit/SysFileDialog.h"
 #include "kit/SysMenu.h"
 #include "kit/SysTable.h"
 #include "shell/MainWindow.h"
@@ -6,19 +5,14 @@
 #include "support/HostWords.h"
 #include "support/QtPrinters.h"
 
-#include "support/TestFiles.h"
-
 #include <gtest/gtest.h>
 
 #include <QAction>
 #include <QApplication>
 #include <QDateTime>
-#include <QDir>
-#include <QFile>
 #include <QGroupBox>
 #include <QHeaderView>
 #include <QImage>
-#include <QTemporaryDir>
 
 #include <thread>
 
@@ -33,10 +27,7 @@ protected:
         table = window->logTable();
         ASSERT_NE(table, nullptr);
     }
-    void TearDown() override {
-        SysFileDialog::setAnswer(nullptr);
-        Release();
-    }
+    void TearDown() override { Release(); }
 
     QString cell(int row, int col) const {
         auto* item = table->item(row, col);
@@ -70,8 +61,6 @@ TEST_F(ProcessLog, PanelIsAReadOnlyTableOfTimeLevelAndText) {
     EXPECT_EQ(table->columnAlign.value(0), Qt::AlignCenter);
     EXPECT_EQ(table->columnAlign.value(1), Qt::AlignCenter);
     EXPECT_FALSE(table->columnAlign.contains(2));
-    EXPECT_EQ(table->headerTextColor, "#FFF");
-    EXPECT_EQ(table->headerBackgroundColor, "#409eff");
     EXPECT_TRUE(table->styleSheet().endsWith(
         "\tQTableWidget QHeaderView::section {\t\tpadding-top: 0.25em;\t\tpadding-bottom: "
         "0.25em;\t}"
@@ -188,48 +177,4 @@ TEST_F(ProcessLog, ClearingFromTheMenuRestartsAtRowZeroInTheDefaultColour) {
             EXPECT_EQ(table->item(row, col), nullptr) << row << "," << col;
     }
     EXPECT_EQ(table->rowCount(), 12);
-}
-
-TEST_F(ProcessLog, MenuExportsWriteTheLinesAndACancelWritesNothing) {
-    window->logInfo("first, with a comma");
-    window->addTestLog(SYS_LOG_WARN, "second");
-    window->logError("third");
-    QApplication::processEvents();
-    table->selectRow(1);
-
-    QTemporaryDir dir;
-    QStringList answers = {dir.filePath("all.csv"), dir.filePath("sel.csv"),
-                           dir.filePath("all.html")};
-    QStringList filters;
-    SysFileDialog::setAnswer(
-        [&](SysFileDialog::Kind, const QString&, const QString&, const QString& filter) {
-            filters << filter;
-            return answers.isEmpty() ? QString() : answers.takeFirst();
-        });
-    SysMenu menu(table);
-    const QList<QAction*> actions = menuActions(menu);
-    ASSERT_EQ(actions.size(), 5);
-    actions[1]->trigger();
-    actions[3]->trigger();
-    actions[0]->trigger();
-
-    auto line = [this](int row) {
-        return (cell(row, 0) + "," + cell(row, 1) + "," + cell(row, 2) + "\n").toLocal8Bit();
-    };
-    // The spare row below the last line holds an empty item and is not exported.
-    EXPECT_EQ(readFile(dir.filePath("all.csv")),
-              "Time,Level,Message\n" + line(0) + line(1) + line(2));
-    EXPECT_EQ(readFile(dir.filePath("sel.csv")), "Time,Level,Message\n" + line(1));
-    const QByteArray html = readFile(dir.filePath("all.html"));
-    EXPECT_TRUE(html.startsWith("<html>"));
-    EXPECT_TRUE(html.contains("third</td></tr></tbody>"));
-    EXPECT_EQ(filters, QStringList({"*.csv", "*.csv", "*.html"}));
-
-    // Every further answer is a cancel: no file appears and the log stays as it was.
-    actions[2]->trigger();
-    actions[1]->trigger();
-    EXPECT_EQ(filters.size(), 5);
-    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files).size(), 3);
-    EXPECT_EQ(cell(2, 2), "third");
-    EXPECT_EQ(table->nextRow, 3);
 }
