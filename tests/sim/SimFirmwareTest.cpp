@@ -120,10 +120,6 @@ TEST(SimFirmware, StartsAfterTheStubAndAfterAResetIntoAState) {
     EXPECT_EQ(fw.state().versionState, 3);
     EXPECT_EQ(fw.starts(), 3);
     EXPECT_EQ(talk(port, "amt_start -1\r"), QByteArray("amt_start -1\r\nERROR\r\n"));
-
-    // The ROM still answers its sync word after a reset.
-    board.reset();
-    EXPECT_EQ(talk(port, "cnys"), QByteArray(1, char(51)));
 }
 
 TEST(SimFirmware, RebootKeepsTheStoresAndStartsTheRadioAfresh) {
