@@ -1,3 +1,116 @@
 #include "pages/CmdWindow.h"
 
-CmdWindow::CmdWindow(QWidget* parent) : TabWinBase(parent) {}
+#include "base/PortTable.h"
+#include "kit/SysComboBox.h"
+#include "kit/SysGroupBox.h"
+#include "kit/SysHLayout.h"
+#include "kit/SysSerialComboBox.h"
+#include "kit/SysStateButton.h"
+#include "kit/SysTab.h"
+#include "kit/SysWidget.h"
+#include "pages/BasicPanel.h"
+#include "shell/MainWindow.h"
+
+CmdWindow* cmdWindowInstance = nullptr;
+
+namespace {
+
+QString text(const char* key) {
+    return MainWindow::text(QString::fromLatin1(key));
+}
+
+} // namespace
+
+CmdWindow::CmdWindow(QWidget* parent) : TabWinBase(parent) {
+    cmdWindowInstance = this;
+    hookEngineLog(&engine);
+    // Turned before anything is in it: turning a full splitter lays out and styles it anew.
+    setHorizontal(false);
+    buildSettings();
+    buildTabs();
+    setStretchFactor(1, 1);
+}
+
+CmdWindow::~CmdWindow() {
+    // A page that is gone is reached through the pointer no more.
+    if (cmdWindowInstance == this)
+        cmdWindowInstance = nullptr;
+}
+
+void CmdWindow::buildSettings() {
+    auto* group = new SysGroupBox(this, text("cmd/setting"));
+    addWidget(group);
+    auto* row = new SysHLayout(group);
+    const QList<QWidget*> portRow = sysMakeSerialRow(text("cmd/setting/port"), true, group);
+    portCombo = qobject_cast<SysSerialComboBox*>(portRow.at(1));
+    portCombo->setObjectName(QStringLiteral("cmdPort"));
+    const QList<QWidget*> baudRow =
+        sysMakeComboRow(text("cmd/setting/baud"), sysBaudRates(), group);
+    baudCombo = qobject_cast<SysComboBox*>(baudRow.at(1));
+    baudCombo->setCurrentText(QStringLiteral("115200"));
+    portButton = new SysStateButton(group);
+    portButton->addState(QStringLiteral("OFF"), {text("cmd/setting/open"), "#409eff", true}, true);
+    portButton->addState(QStringLiteral("ON"), {text("cmd/setting/close"), "#FF0000", true});
+    row->addWidget(portRow.at(0));
+    row->addWidget(baudRow.at(0));
+    row->addWidget(portButton);
+    connect(portButton, &QPushButton::clicked, this, &CmdWindow::portButtonClicked);
+    connect(baudCombo, &QComboBox::currentTextChanged, this, &CmdWindow::baudChanged);
+}
+
+void CmdWindow::buildTabs() {
+    tabs = new SysTab(this);
+    addWidget(tabs);
+    basicPanel = new BasicPanel(this, tabs);
+    tabs->addTab(basicPanel, text("cmd/oper/basic"));
+    // The efuse, RF and terminal panels take their places here as they come.
+    for (const char* key : {"cmd/oper/efuse", "rfTest/wifi", "rfTest/ble", "cmd/oper/serial"})
+        tabs->addTab(new SysWidget(tabs), text(key));
+}
+
+void CmdWindow::portButtonClicked() {
+    if (portButton->isState(QStringLiteral("OFF"))) {
+        const bool was = portButton->blockSignals(true);
+        const bool opened = openPort(&comPort);
+        portButton->blockSignals(was);
+        if (opened)
+            portButton->setState(QStringLiteral("ON"));
+    } else if (closePort(&comPort)) {
+        portButton->setState(QStringLiteral("OFF"));
+    }
+}
+
+bool CmdWindow::openPort(ComPort* port) {
+    // The port's name goes through the process's port table, so that "COM7", "ttyUSB0" and a
+    // virtual port such as "sim0" all open.
+    const QString name = portCombo->currentText().trimmed();
+    if (name.isEmpty()) {
+        errorLine("cmd/pleaseOpenPort");
+        return false;
+    }
+    const int baud = baudCombo->currentText().trimmed().toInt();
+    if (!engine.openComPort(*port, PortTable::numberOf(name), baud, false)) {
+        errorLine("cmd/canNotOpenPort");
+        return false;
+    }
+    rfTestStates.clear();
+    engine.setEcho(*port, false, 0); // a silent board still counts as open
+    infoLine("cmd/openPortSuccess");
+    emit portOpenedSig(true);
+    return true;
+}
+
+bool CmdWindow::closePort(ComPort* port) {
+    if (!port->close()) {
+        errorLine("cmd/closePortFailed");
+        return false;
+    }
+    infoLine("cmd/closePortSuccess");
+    emit portOpenedSig(false);
+    return true;
+}
+
+void CmdWindow::baudChanged(const QString& rate) {
+    if (comPort.isOpen())
+        comPort.setBaudrate(rate.trimmed().toInt());
+}

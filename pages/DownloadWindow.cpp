@@ -42,13 +42,14 @@ const char* const kTheme = "#409eff";
 
 DownloadWindow::DownloadWindow(QWidget* parent)
     : TabWinBase(parent), session_(std::make_shared<DownloadSession>(this)) {
+    // Turned before anything is in it: turning a full splitter lays out and styles it anew.
+    setHorizontal(false);
     buildSettings();
     dlTabs = new SysTab(this);
     addWidget(dlTabs);
     dlTabs->addTab(buildSingleTab(), text("download/dlTab/singleFileDL"));
     dlTabs->addTab(buildAioTab(), text("download/dlTab/allinoneFileDL"));
     dlTabs->setCurrentIndex(1);
-    setHorizontal(false);
     setStretchFactor(1, 1);
     setUpRun();
 }

@@ -3,6 +3,7 @@
 #include <cstdarg>
 
 #include "kit/SysSplitter.h"
+#include "shell/MainWindow.h"
 #include "shell/SysLogLevel.h"
 
 #include <QVariant>
@@ -27,6 +28,14 @@ public:
     void addLog(SYS_LOG_LEVEL level, QString strLog);
     void logError(const char* format, ...) __attribute__((format(printf, 2, 3)));
     void logInfo(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    // The host's word for key, filled with args like every logged line, as an error or
+    // information line. Strings go in as 8-bit text.
+    template <typename... Args> void errorLine(const char* key, Args... args) {
+        addLog(SYS_LOG_ERROR, MainWindow::formatText(key, args...));
+    }
+    template <typename... Args> void infoLine(const char* key, Args... args) {
+        addLog(SYS_LOG_INFO, MainWindow::formatText(key, args...));
+    }
 
     // Routes an engine's log lines into the process log, on the engine's own thread.
     template <typename Engine> void hookEngineLog(Engine* engine) {

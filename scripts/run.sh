@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds Bramble and starts it in the host stand-in, with a simulated board published as the
-# virtual port "sim0" and a demo all-in-one image to download into it, and a second board on
-# "sim1" whose software speaks frames from the start, for the flash tab.
+# virtual port "sim0" and a demo all-in-one image to download into it, a second board on "sim1"
+# whose software speaks frames from the start, for the flash tab, and a third on "sim2" whose
+# firmware runs from the start, for the command tab.
 #
 # With a display: pick sim0 as the port, choose build/demo/demo-aio.bin on the all-in-one tab
 # and press start. Without one: the same download runs by itself under Xvfb, the process log is
@@ -19,11 +20,14 @@ build/sim/bramble-sim --name sim0 --quiet </dev/null >build/demo/sim.log 2>&1 &
 sim=$!
 build/sim/bramble-sim --name sim1 --frames --quiet </dev/null >build/demo/sim1.log 2>&1 &
 sim1=$!
-trap 'kill $sim $sim1 2>/dev/null || true' EXIT
+build/sim/bramble-sim --name sim2 --firmware --quiet </dev/null >build/demo/sim2.log 2>&1 &
+sim2=$!
+trap 'kill $sim $sim1 $sim2 2>/dev/null || true' EXIT
 sleep 0.3
 
 if [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then
-  echo "Simulated boards on ports sim0 (download) and sim1 (flash tab); demo image: $image"
+  echo "Simulated boards on ports sim0 (download), sim1 (flash tab) and sim2 (command tab);" \
+    "demo image: $image"
   build/host/bramble-host "$@"
   exit $?
 fi

@@ -1,6 +1,7 @@
 // bramble-sim: a simulated QZ4410/QZ4420 board on a virtual serial port.
 //
-//   bramble-sim [--name sim0] [--sync 1|51] [--frames] [--flash-size BYTES] [--flash-file FILE]
+//   bramble-sim [--name sim0] [--sync 1|51] [--frames | --firmware] [--flash-size BYTES]
+//               [--flash-file FILE]
 //               [--baud RATE] [--pace] [--no-reset-on-open] [--quiet]
 //
 // Publishes the port under its name in the virtual port folder, where Bramble's port boxes
@@ -149,6 +150,10 @@ int main(int argc, char** argv) {
         QStringLiteral("frames"),
         QStringLiteral("The board speaks frames from the start and after every reset, as a "
                        "running stub does (for the flash tab); implies --no-reset-on-open."));
+    const QCommandLineOption firmwareOption(
+        QStringLiteral("firmware"),
+        QStringLiteral("The board's firmware runs from the start, answering text commands (for "
+                       "the command tab); implies --no-reset-on-open."));
     const QCommandLineOption flashFileOption(
         QStringLiteral("flash-file"), QStringLiteral("Bytes the flash holds from its start."),
         QStringLiteral("FILE"));
@@ -159,7 +164,8 @@ int main(int argc, char** argv) {
         QStringLiteral("Write an all-in-one image that the board takes, and quit."),
         QStringLiteral("file"));
     parser.addOptions({nameOption, syncOption, flashOption, baudOption, paceOption, resetOption,
-                       noResetOption, framesOption, flashFileOption, quietOption, demoOption});
+                       noResetOption, framesOption, firmwareOption, flashFileOption, quietOption,
+                       demoOption});
     parser.process(app);
     if (parser.isSet(demoOption))
         return makeDemoImage(parser.value(demoOption));
@@ -184,7 +190,9 @@ int main(int argc, char** argv) {
     }
     options.paceAtBaud = parser.isSet(paceOption);
     options.framesFromStart = parser.isSet(framesOption);
-    options.resetOnOpen = !parser.isSet(noResetOption) && !options.framesFromStart;
+    const bool firmwareFromStart = parser.isSet(firmwareOption);
+    options.resetOnOpen =
+        !parser.isSet(noResetOption) && !options.framesFromStart && !firmwareFromStart;
     // The OTA status in the last 8 KB of the flash (the second sector on a small one).
     const uint32_t otaAt = options.flashSize >= 0x4000 ? options.flashSize - 0x2000 : 0x1000;
     QByteArray flash = SimNvSector::make({{"ota_status", QByteArray::number(otaAt, 16) + ",2000"}});
@@ -205,6 +213,8 @@ int main(int argc, char** argv) {
     }
     board.setFlash(options.flashBase, flash);
     SimFirmware firmware(board);
+    if (firmwareFromStart)
+        board.startFirmware();
     if (!parser.isSet(quietOption))
         board.setEventLog(say);
     const QString name = parser.value(nameOption);

@@ -1,0 +1,346 @@
+#include "pages/BasicPanel.h"
+
+#include "kit/SysButton.h"
+#include "kit/SysComboBox.h"
+#include "kit/SysGroupBox.h"
+#include "kit/SysHLayout.h"
+#include "kit/SysLineEdit.h"
+#include "kit/SysVLayout.h"
+#include "pages/CmdWindow.h"
+#include "pages/PingServer.h"
+#include "shell/MainWindow.h"
+
+#include <QTimer>
+
+namespace {
+
+QString text(const char* key) {
+    return MainWindow::text(QString::fromLatin1(key));
+}
+
+QStringList list(const char* key) {
+    return text(key).split('/', Qt::KeepEmptyParts);
+}
+
+// A field as the register handlers read it: hexadecimal, "0x" allowed, anything else 0.
+unsigned hexValue(const SysLineEdit* edit) {
+    return edit->text().toUInt(nullptr, 16);
+}
+
+std::string bytes(const QString& s) {
+    return s.toStdString();
+}
+
+// Waits after a restart before echo is turned off again.
+constexpr int kHardRestartEchoMs = 500;
+constexpr int kSoftRestartEchoMs = 100;
+
+} // namespace
+
+BasicPanel::BasicPanel(CmdWindow* page, QWidget* parent) : SysWidget(parent), page_(page) {
+    auto* column = new SysVLayout(this);
+    auto* top = new SysHLayout(nullptr);
+    for (QWidget* group :
+         {buildVersionGroup(), buildEchoGroup(), buildRestartGroup(), buildRegisterGroup()})
+        top->addWidget(group);
+    auto* bottom = new SysHLayout(nullptr);
+    pingServer = new PingServer(this);
+    for (QWidget* group : {buildMacGroup(), buildNvGroup(), static_cast<QWidget*>(pingServer)})
+        bottom->addWidget(group);
+    column->addLayout(top);
+    column->addLayout(bottom);
+    column->addStretch(1);
+
+    versionStateButton =
+        button(this, "cmd/oper/basic/getState/getCurVersion", &BasicPanel::readVersionState);
+    versionStateButton->hide();
+}
+
+SysButton* BasicPanel::button(QWidget* parent, const char* key, void (BasicPanel::*handler)()) {
+    auto* b = new SysButton(parent, text(key));
+    connect(b, &QPushButton::clicked, this, handler);
+    return b;
+}
+
+QWidget* BasicPanel::buildVersionGroup() {
+    auto* group = new SysGroupBox(this, text("cmd/oper/basic/switchVersion"));
+    auto* row = new SysHLayout(group);
+    versionBox = new SysComboBox(group, list("cmd/oper/basic/switchVersion/versionList"));
+    versionBox->hideItem(2);
+    versionBox->hideItem(3);
+    versionButton = button(group, "cmd/oper/basic/switchVersion/exec", &BasicPanel::switchVersion);
+    row->addWidget(versionBox);
+    row->addWidget(versionButton);
+    return group;
+}
+
+QWidget* BasicPanel::buildEchoGroup() {
+    auto* group = new SysGroupBox(this, text("cmd/oper/basic/switchEcho"));
+    auto* row = new SysHLayout(group);
+    echoBox = new SysComboBox(group, list("cmd/oper/basic/switchEcho/stateList"));
+    echoBox->hideItem(2);
+    echoBox->hideItem(3);
+    echoButton = button(group, "cmd/oper/basic/switchEcho/exec", &BasicPanel::switchEcho);
+    row->addWidget(echoBox);
+    row->addWidget(echoButton);
+    return group;
+}
+
+QWidget* BasicPanel::buildRestartGroup() {
+    auto* group = new SysGroupBox(this, text("cmd/oper/basic/restart"));
+    auto* row = new SysHLayout(group);
+    hardRestartButton =
+        button(group, "cmd/oper/basic/restart/hardwareRestart", &BasicPanel::hardwareRestart);
+    softRestartButton =
+        button(group, "cmd/oper/basic/restart/softwareRestart", &BasicPanel::softwareRestart);
+    row->addWidget(hardRestartButton);
+    row->addWidget(softRestartButton);
+    return group;
+}
+
+QWidget* BasicPanel::buildRegisterGroup() {
+    auto* group = new SysGroupBox(this, text("cmd/oper/basic/editRegister"));
+    auto* row = new SysHLayout(group);
+    const QList<QWidget*> addr =
+        sysMakeLineRow(text("cmd/oper/basic/editRegister/address"), 1, 10, group);
+    const QList<QWidget*> value =
+        sysMakeLineRow(text("cmd/oper/basic/editRegister/value"), 1, 32, group);
+    regAddrEdit = qobject_cast<SysLineEdit*>(addr.at(1));
+    regValueEdit = qobject_cast<SysLineEdit*>(value.at(1));
+    regReadButton =
+        button(group, "cmd/oper/basic/editRegister/action/read", &BasicPanel::readRegister);
+    regWriteButton =
+        button(group, "cmd/oper/basic/editRegister/action/write", &BasicPanel::writeRegister);
+    for (QWidget* w : {addr.at(0), value.at(0), static_cast<QWidget*>(regReadButton),
+                       static_cast<QWidget*>(regWriteButton)})
+        row->addWidget(w);
+    return group;
+}
+
+QWidget* BasicPanel::buildMacGroup() {
+    auto* group = new SysGroupBox(this, text("cmd/oper/basic/editMac"));
+    auto* column = new SysVLayout(group);
+    const QList<QWidget*> addr = sysMakeLineRow(text("cmd/oper/basic/editMac/addr"), 17, 17, group);
+    const QList<QWidget*> location =
+        sysMakeComboRow(text("cmd/oper/basic/editMac/location"),
+                        list("cmd/oper/basic/editMac/location/optionList"), group);
+    macEdit = qobject_cast<SysLineEdit*>(addr.at(1));
+    macLocationBox = qobject_cast<SysComboBox*>(location.at(1));
+    macWriteButton = button(group, "cmd/oper/basic/editMac/write", &BasicPanel::writeMac);
+    macReadButton = button(group, "cmd/oper/basic/editMac/read", &BasicPanel::readMac);
+    for (QWidget* w : {addr.at(0), location.at(0), static_cast<QWidget*>(macWriteButton),
+                       static_cast<QWidget*>(macReadButton)})
+        column->addWidget(w);
+    return group;
+}
+
+QWidget* BasicPanel::buildNvGroup() {
+    auto* group = new SysGroupBox(this, text("cmd/oper/basic/editNV"));
+    auto* column = new SysVLayout(group);
+    const QList<QWidget*> name = sysMakeLineRow(text("cmd/oper/basic/editNV/name"), 1, 32, group);
+    const QList<QWidget*> value = sysMakeLineRow(text("cmd/oper/basic/editNV/value"), 1, 32, group);
+    const QList<QWidget*> type = sysMakeComboRow(
+        text("cmd/oper/basic/editNV/type"),
+        {QStringLiteral("AMT"), QStringLiteral("DEVELOP"), QStringLiteral("CUSTOMER")}, group);
+    nvNameEdit = qobject_cast<SysLineEdit*>(name.at(1));
+    nvValueEdit = qobject_cast<SysLineEdit*>(value.at(1));
+    nvTypeBox = qobject_cast<SysComboBox*>(type.at(1));
+    nvWriteButton = button(group, "cmd/oper/basic/editNV/action/write", &BasicPanel::writeNv);
+    nvReadButton = button(group, "cmd/oper/basic/editNV/action/read", &BasicPanel::readNv);
+    nvRemoveButton = button(group, "cmd/oper/basic/editNV/action/remove", &BasicPanel::removeNv);
+    nvReadAllButton = button(group, "cmd/oper/basic/editNV/action/readAll", &BasicPanel::readAllNv);
+    for (QWidget* w : {name.at(0), value.at(0), type.at(0)})
+        column->addWidget(w);
+    for (SysButton* b : {nvWriteButton, nvReadButton, nvRemoveButton, nvReadAllButton})
+        column->addWidget(b);
+    // Only the customer store is written and cleared from here.
+    const auto customerOnly = [this](int index) {
+        const bool customer = index == 2;
+        nvWriteButton->setEnabled(customer);
+        nvRemoveButton->setEnabled(customer);
+    };
+    connect(nvTypeBox, QOverload<int>::of(&QComboBox::currentIndexChanged), this, customerOnly);
+    nvTypeBox->setCurrentIndex(0);
+    customerOnly(nvTypeBox->currentIndex());
+    return group;
+}
+
+bool BasicPanel::portOpen() {
+    if (page_->comPort.isOpen())
+        return true;
+    page_->errorLine("cmd/pleaseOpenPort");
+    return false;
+}
+
+void BasicPanel::echoOffAfter(int ms) {
+    // The port may be closed by then: the command fails without a line.
+    QTimer::singleShot(ms, this, [this] { page_->engine.setEcho(page_->comPort, false, 0); });
+}
+
+void BasicPanel::switchVersion() {
+    if (!portOpen())
+        return;
+    const std::string item = bytes(versionBox->currentText());
+    if (!page_->engine.switchVersion(page_->comPort, versionBox->currentIndex())) {
+        page_->errorLine("cmd/oper/basic/switchVersion/failed", item.c_str());
+        return;
+    }
+    page_->engine.setEcho(page_->comPort, false, 0);
+    page_->infoLine("cmd/oper/basic/switchVersion/success", item.c_str());
+}
+
+void BasicPanel::switchEcho() {
+    if (!portOpen())
+        return;
+    const std::string item = bytes(echoBox->currentText());
+    if (page_->engine.setEcho(page_->comPort, echoBox->currentIndex() == 0, 0))
+        page_->infoLine("cmd/oper/basic/switchEcho/execSuccessFmt", item.c_str());
+    else
+        page_->errorLine("cmd/oper/basic/switchEcho/execFailedFmt", item.c_str());
+}
+
+void BasicPanel::hardwareRestart() {
+    if (!portOpen())
+        return;
+    if (page_->engine.hardwareRestart(page_->comPort, 0))
+        page_->infoLine("cmd/oper/basic/restart/hardwareRestart/restartSuccess");
+    else
+        page_->errorLine("cmd/oper/basic/restart/hardwareRestart/restartFailed");
+    echoOffAfter(kHardRestartEchoMs);
+}
+
+void BasicPanel::softwareRestart() {
+    if (!portOpen())
+        return;
+    if (page_->engine.softwareRestart(page_->comPort, false))
+        page_->infoLine("cmd/oper/basic/restart/softwareRestart/restartSuccess");
+    else
+        page_->errorLine("cmd/oper/basic/restart/softwareRestart/restartFailed");
+    echoOffAfter(kSoftRestartEchoMs);
+}
+
+void BasicPanel::readRegister() {
+    const unsigned address = hexValue(regAddrEdit);
+    unsigned value = 0;
+    if (!page_->engine.getRegister(page_->comPort, address, value)) {
+        page_->errorLine("cmd/oper/basic/editRegister/action/read/failedFmt", address);
+        return;
+    }
+    regValueEdit->setText(QString::asprintf("0x%x", value));
+    page_->infoLine("cmd/oper/basic/editRegister/action/read/successFmt", address, value);
+}
+
+void BasicPanel::writeRegister() {
+    const unsigned address = hexValue(regAddrEdit);
+    const unsigned value = hexValue(regValueEdit);
+    if (page_->engine.setRegister(page_->comPort, address, value))
+        page_->infoLine("cmd/oper/basic/editRegister/action/write/successFmt", address, value);
+    else
+        page_->errorLine("cmd/oper/basic/editRegister/action/write/failedFmt", address, value);
+}
+
+void BasicPanel::writeMac() {
+    if (!portOpen())
+        return;
+    const QString mac = macEdit->text().trimmed();
+    const std::string location = bytes(macLocationBox->currentText());
+    if (page_->engine.setMac(page_->comPort, macLocationBox->currentIndex(), mac))
+        page_->infoLine("cmd/oper/basic/editMac/write/successFmt", location.c_str(),
+                        bytes(mac).c_str());
+    else
+        page_->errorLine("cmd/oper/basic/editMac/write/failedFmt", location.c_str(),
+                         bytes(mac).c_str());
+}
+
+void BasicPanel::readMac() {
+    if (!portOpen())
+        return;
+    QString mac;
+    if (page_->engine.getMac(page_->comPort, mac))
+        page_->infoLine("cmd/oper/basic/editMac/read/successFmt", bytes(mac).c_str());
+    else
+        page_->errorLine("cmd/oper/basic/editMac/read/failed");
+}
+
+void BasicPanel::writeNv() {
+    if (!portOpen())
+        return;
+    const QString name = nvNameEdit->text().trimmed();
+    const QString value = nvValueEdit->text().trimmed();
+    if (name.isEmpty() || value.isEmpty()) {
+        page_->errorLine("cmd/oper/basic/editNV/nameAndValueCanNotBeEmpty");
+        return;
+    }
+    const std::string type = bytes(nvTypeBox->currentText());
+    if (page_->engine.setNv(page_->comPort, nvTypeBox->currentIndex() + 1, name, value))
+        page_->infoLine("cmd/oper/basic/editNV/action/write/successFmt", type.c_str(),
+                        bytes(name).c_str(), bytes(value).c_str());
+    else
+        page_->errorLine("cmd/oper/basic/editNV/action/write/failedFmt", type.c_str(),
+                         bytes(name).c_str(), bytes(value).c_str());
+}
+
+void BasicPanel::readNv() {
+    if (!portOpen())
+        return;
+    const QString name = nvNameEdit->text().trimmed();
+    if (name.isEmpty()) {
+        page_->errorLine("cmd/oper/basic/editNV/nameCanNotBeEmpty");
+        return;
+    }
+    const std::string type = bytes(nvTypeBox->currentText());
+    QString value;
+    if (page_->engine.getNv(page_->comPort, nvTypeBox->currentIndex() + 1, name, value))
+        page_->infoLine("cmd/oper/basic/editNV/action/read/successFmt", type.c_str(),
+                        bytes(name).c_str(), bytes(value).c_str());
+    else
+        page_->errorLine("cmd/oper/basic/editNV/action/read/failedFmt", type.c_str(),
+                         bytes(name).c_str());
+}
+
+void BasicPanel::removeNv() {
+    if (!portOpen())
+        return;
+    const QString name = nvNameEdit->text().trimmed();
+    if (name.isEmpty()) {
+        page_->errorLine("cmd/oper/basic/editNV/nameCanNotBeEmpty");
+        return;
+    }
+    const std::string type = bytes(nvTypeBox->currentText());
+    if (page_->engine.removeNv(page_->comPort, nvTypeBox->currentIndex() + 1, name))
+        page_->infoLine("cmd/oper/basic/editNV/action/remove/successFmt", type.c_str(),
+                        bytes(name).c_str());
+    else
+        page_->errorLine("cmd/oper/basic/editNV/action/remove/failedFmt", type.c_str(),
+                         bytes(name).c_str());
+}
+
+void BasicPanel::readAllNv() {
+    if (!portOpen())
+        return;
+    const std::string type = bytes(nvTypeBox->currentText());
+    QList<QStringList> entries;
+    if (!page_->engine.readAllNv(page_->comPort, nvTypeBox->currentIndex() + 1, entries)) {
+        page_->errorLine("cmd/oper/basic/editNV/action/readAll/failedFmt", type.c_str());
+        return;
+    }
+    page_->infoLine("cmd/oper/basic/editNV/action/readAll/successFmt", type.c_str());
+    for (const QStringList& entry : entries)
+        page_->infoLine("cmd/oper/basic/editNV/action/readAll/nameAndValueFmt",
+                        bytes(entry.value(0)).c_str(), bytes(entry.value(1)).c_str());
+}
+
+void BasicPanel::readVersionState() {
+    if (!portOpen())
+        return;
+    int state = -1;
+    if (!page_->engine.getVersionState(page_->comPort, state)) {
+        page_->errorLine("cmd/oper/basic/getState/getCurVersionFailed");
+        return;
+    }
+    const QStringList names = list("cmd/oper/basic/switchVersion/versionList");
+    const QString name = state >= 0 && state < names.size()
+                             ? names[state]
+                             : text("cmd/oper/basic/switchVersion/invalidVersionState");
+    page_->infoLine("cmd/oper/basic/getState/curVersionFmt", bytes(name).c_str());
+}
