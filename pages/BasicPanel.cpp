@@ -41,7 +41,14 @@ BasicPanel::BasicPanel(CmdWindow* page, QWidget* parent) : SysWidget(parent), pa
     auto* column = new SysVLayout(this);
     auto* top = new SysHLayout(nullptr);
     for (QWidget* group :
-         {buildVersionGroup(), buildEchoGroup(), buildRestartGroup(), buildRegisterGroup()})
+         {buildSwitchGroup("cmd/oper/basic/switchVersion",
+                           "cmd/oper/basic/switchVersion/versionList",
+                           "cmd/oper/basic/switchVersion/exec", &BasicPanel::switchVersion,
+                           &versionBox, &versionButton),
+          buildSwitchGroup("cmd/oper/basic/switchEcho", "cmd/oper/basic/switchEcho/stateList",
+                           "cmd/oper/basic/switchEcho/exec", &BasicPanel::switchEcho, &echoBox,
+                           &echoButton),
+          buildRestartGroup(), buildRegisterGroup()})
         top->addWidget(group);
     auto* bottom = new SysHLayout(nullptr);
     pingServer = new PingServer(this);
@@ -62,27 +69,18 @@ SysButton* BasicPanel::button(QWidget* parent, const char* key, void (BasicPanel
     return b;
 }
 
-QWidget* BasicPanel::buildVersionGroup() {
-    auto* group = new SysGroupBox(this, text("cmd/oper/basic/switchVersion"));
+QWidget* BasicPanel::buildSwitchGroup(const char* titleKey, const char* listKey,
+                                      const char* execKey, void (BasicPanel::*handler)(),
+                                      SysComboBox** box, SysButton** exec) {
+    auto* group = new SysGroupBox(this, text(titleKey));
     auto* row = new SysHLayout(group);
-    versionBox = new SysComboBox(group, list("cmd/oper/basic/switchVersion/versionList"));
-    versionBox->hideItem(2);
-    versionBox->hideItem(3);
-    versionButton = button(group, "cmd/oper/basic/switchVersion/exec", &BasicPanel::switchVersion);
-    row->addWidget(versionBox);
-    row->addWidget(versionButton);
-    return group;
-}
-
-QWidget* BasicPanel::buildEchoGroup() {
-    auto* group = new SysGroupBox(this, text("cmd/oper/basic/switchEcho"));
-    auto* row = new SysHLayout(group);
-    echoBox = new SysComboBox(group, list("cmd/oper/basic/switchEcho/stateList"));
-    echoBox->hideItem(2);
-    echoBox->hideItem(3);
-    echoButton = button(group, "cmd/oper/basic/switchEcho/exec", &BasicPanel::switchEcho);
-    row->addWidget(echoBox);
-    row->addWidget(echoButton);
+    *box = new SysComboBox(group, list(listKey));
+    // Items 2 and 3 name states that are not switched to from here.
+    (*box)->hideItem(2);
+    (*box)->hideItem(3);
+    *exec = button(group, execKey, handler);
+    row->addWidget(*box);
+    row->addWidget(*exec);
     return group;
 }
 

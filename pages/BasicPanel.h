@@ -57,8 +57,9 @@ public:
     PingServer* pingServer = nullptr;
 
 private:
-    QWidget* buildVersionGroup();
-    QWidget* buildEchoGroup();
+    // A list of states with its button: the version and echo groups.
+    QWidget* buildSwitchGroup(const char* titleKey, const char* listKey, const char* execKey,
+                              void (BasicPanel::*handler)(), SysComboBox** box, SysButton** exec);
     QWidget* buildRestartGroup();
     QWidget* buildRegisterGroup();
     QWidget* buildMacGroup();
