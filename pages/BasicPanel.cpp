@@ -14,12 +14,8 @@
 
 namespace {
 
-QString text(const char* key) {
-    return MainWindow::text(QString::fromLatin1(key));
-}
-
 QStringList list(const char* key) {
-    return text(key).split('/', Qt::KeepEmptyParts);
+    return TabWinBase::word(key).split('/', Qt::KeepEmptyParts);
 }
 
 // A field as the register handlers read it: hexadecimal, "0x" allowed, anything else 0.
@@ -64,7 +60,7 @@ BasicPanel::BasicPanel(CmdWindow* page, QWidget* parent) : SysWidget(parent), pa
 }
 
 SysButton* BasicPanel::button(QWidget* parent, const char* key, void (BasicPanel::*handler)()) {
-    auto* b = new SysButton(parent, text(key));
+    auto* b = new SysButton(parent, TabWinBase::word(key));
     connect(b, &QPushButton::clicked, this, handler);
     return b;
 }
@@ -72,7 +68,7 @@ SysButton* BasicPanel::button(QWidget* parent, const char* key, void (BasicPanel
 QWidget* BasicPanel::buildSwitchGroup(const char* titleKey, const char* listKey,
                                       const char* execKey, void (BasicPanel::*handler)(),
                                       SysComboBox** box, SysButton** exec) {
-    auto* group = new SysGroupBox(this, text(titleKey));
+    auto* group = new SysGroupBox(this, TabWinBase::word(titleKey));
     auto* row = new SysHLayout(group);
     *box = new SysComboBox(group, list(listKey));
     // Items 2 and 3 name states that are not switched to from here.
@@ -85,7 +81,7 @@ QWidget* BasicPanel::buildSwitchGroup(const char* titleKey, const char* listKey,
 }
 
 QWidget* BasicPanel::buildRestartGroup() {
-    auto* group = new SysGroupBox(this, text("cmd/oper/basic/restart"));
+    auto* group = new SysGroupBox(this, TabWinBase::word("cmd/oper/basic/restart"));
     auto* row = new SysHLayout(group);
     hardRestartButton =
         button(group, "cmd/oper/basic/restart/hardwareRestart", &BasicPanel::hardwareRestart);
@@ -97,12 +93,12 @@ QWidget* BasicPanel::buildRestartGroup() {
 }
 
 QWidget* BasicPanel::buildRegisterGroup() {
-    auto* group = new SysGroupBox(this, text("cmd/oper/basic/editRegister"));
+    auto* group = new SysGroupBox(this, TabWinBase::word("cmd/oper/basic/editRegister"));
     auto* row = new SysHLayout(group);
     const QList<QWidget*> addr =
-        sysMakeLineRow(text("cmd/oper/basic/editRegister/address"), 1, 10, group);
+        sysMakeLineRow(TabWinBase::word("cmd/oper/basic/editRegister/address"), 1, 10, group);
     const QList<QWidget*> value =
-        sysMakeLineRow(text("cmd/oper/basic/editRegister/value"), 1, 32, group);
+        sysMakeLineRow(TabWinBase::word("cmd/oper/basic/editRegister/value"), 1, 32, group);
     regAddrEdit = qobject_cast<SysLineEdit*>(addr.at(1));
     regValueEdit = qobject_cast<SysLineEdit*>(value.at(1));
     regReadButton =
@@ -116,11 +112,12 @@ QWidget* BasicPanel::buildRegisterGroup() {
 }
 
 QWidget* BasicPanel::buildMacGroup() {
-    auto* group = new SysGroupBox(this, text("cmd/oper/basic/editMac"));
+    auto* group = new SysGroupBox(this, TabWinBase::word("cmd/oper/basic/editMac"));
     auto* column = new SysVLayout(group);
-    const QList<QWidget*> addr = sysMakeLineRow(text("cmd/oper/basic/editMac/addr"), 17, 17, group);
+    const QList<QWidget*> addr =
+        sysMakeLineRow(TabWinBase::word("cmd/oper/basic/editMac/addr"), 17, 17, group);
     const QList<QWidget*> location =
-        sysMakeComboRow(text("cmd/oper/basic/editMac/location"),
+        sysMakeComboRow(TabWinBase::word("cmd/oper/basic/editMac/location"),
                         list("cmd/oper/basic/editMac/location/optionList"), group);
     macEdit = qobject_cast<SysLineEdit*>(addr.at(1));
     macLocationBox = qobject_cast<SysComboBox*>(location.at(1));
@@ -133,12 +130,14 @@ QWidget* BasicPanel::buildMacGroup() {
 }
 
 QWidget* BasicPanel::buildNvGroup() {
-    auto* group = new SysGroupBox(this, text("cmd/oper/basic/editNV"));
+    auto* group = new SysGroupBox(this, TabWinBase::word("cmd/oper/basic/editNV"));
     auto* column = new SysVLayout(group);
-    const QList<QWidget*> name = sysMakeLineRow(text("cmd/oper/basic/editNV/name"), 1, 32, group);
-    const QList<QWidget*> value = sysMakeLineRow(text("cmd/oper/basic/editNV/value"), 1, 32, group);
+    const QList<QWidget*> name =
+        sysMakeLineRow(TabWinBase::word("cmd/oper/basic/editNV/name"), 1, 32, group);
+    const QList<QWidget*> value =
+        sysMakeLineRow(TabWinBase::word("cmd/oper/basic/editNV/value"), 1, 32, group);
     const QList<QWidget*> type = sysMakeComboRow(
-        text("cmd/oper/basic/editNV/type"),
+        TabWinBase::word("cmd/oper/basic/editNV/type"),
         {QStringLiteral("AMT"), QStringLiteral("DEVELOP"), QStringLiteral("CUSTOMER")}, group);
     nvNameEdit = qobject_cast<SysLineEdit*>(name.at(1));
     nvValueEdit = qobject_cast<SysLineEdit*>(value.at(1));
@@ -339,6 +338,6 @@ void BasicPanel::readVersionState() {
     const QStringList names = list("cmd/oper/basic/switchVersion/versionList");
     const QString name = state >= 0 && state < names.size()
                              ? names[state]
-                             : text("cmd/oper/basic/switchVersion/invalidVersionState");
+                             : TabWinBase::word("cmd/oper/basic/switchVersion/invalidVersionState");
     page_->infoLine("cmd/oper/basic/getState/curVersionFmt", bytes(name).c_str());
 }

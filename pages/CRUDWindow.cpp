@@ -15,10 +15,6 @@
 
 namespace {
 
-QString text(const char* key) {
-    return MainWindow::text(QString::fromLatin1(key));
-}
-
 const char* const kTheme = "#409eff";
 const char* const kOperColor = "#FF0000";
 // Flash is read in trunks of this size.
@@ -45,19 +41,19 @@ CRUDWindow::~CRUDWindow() {
 }
 
 void CRUDWindow::buildSettings() {
-    settingsGroup = new SysGroupBox(this, text("crud/setting"));
+    settingsGroup = new SysGroupBox(this, word("crud/setting"));
     addWidget(settingsGroup);
     auto* row = new SysHLayout(settingsGroup);
     const QList<QWidget*> portRow =
-        sysMakeSerialRow(text("crud/setting/port"), true, settingsGroup);
+        sysMakeSerialRow(word("crud/setting/port"), true, settingsGroup);
     portBox = qobject_cast<SysSerialComboBox*>(portRow.at(1));
     portBox->setObjectName(QStringLiteral("flashPort"));
     const QList<QWidget*> workRow =
-        sysMakeComboRow(text("crud/setting/workBaud"), sysBaudRates(), settingsGroup);
+        sysMakeComboRow(word("crud/setting/workBaud"), sysBaudRates(), settingsGroup);
     workBaudBox = qobject_cast<SysComboBox*>(workRow.at(1));
     workBaudBox->setCurrentText(QStringLiteral("115200"));
     const QList<QWidget*> uploadRow =
-        sysMakeComboRow(text("crud/setting/uploadBaud"), sysBaudRates(), settingsGroup);
+        sysMakeComboRow(word("crud/setting/uploadBaud"), sysBaudRates(), settingsGroup);
     uploadBaudBox = qobject_cast<SysComboBox*>(uploadRow.at(1));
     uploadBaudBox->setCurrentIndex(uploadBaudBox->count() - 1);
     for (QWidget* w : {portRow.at(0), workRow.at(0), uploadRow.at(0)})
@@ -65,7 +61,7 @@ void CRUDWindow::buildSettings() {
 }
 
 void CRUDWindow::buildOperations() {
-    operGroup = new SysGroupBox(this, text("crud/flashOper"));
+    operGroup = new SysGroupBox(this, word("crud/flashOper"));
     operGroup->setThemeColor(kOperColor);
     addWidget(operGroup);
     auto* column = new SysVLayout(operGroup);
@@ -77,25 +73,25 @@ void CRUDWindow::buildOperations() {
 }
 
 SysButton* CRUDWindow::makeButton(QWidget* parent, const char* key) {
-    auto* button = new SysButton(parent, text(key));
+    auto* button = new SysButton(parent, TabWinBase::word(key));
     button->setThemeColor(kTheme);
     return button;
 }
 
 SysLineEdit* CRUDWindow::addLineRow(QWidget* parent, QLayout* layout, const char* key) {
-    const QList<QWidget*> row = sysMakeLineRow(text(key), 1, 20, parent);
+    const QList<QWidget*> row = sysMakeLineRow(TabWinBase::word(key), 1, 20, parent);
     layout->addWidget(row.at(0));
     return qobject_cast<SysLineEdit*>(row.at(1));
 }
 
 void CRUDWindow::buildUploadGroup() {
-    uploadGroup = new SysGroupBox(operGroup, text("crud/flashOper/uploadFlash"));
+    uploadGroup = new SysGroupBox(operGroup, word("crud/flashOper/uploadFlash"));
     auto* column = new SysVLayout(uploadGroup);
     uploadAddrEdit = addLineRow(uploadGroup, column, "crud/flashOper/uploadFlash/startAddr");
     uploadLenEdit = addLineRow(uploadGroup, column, "crud/flashOper/uploadFlash/readLen");
-    savePathSelect = new SysFileSelect(uploadGroup, text("crud/flashOper/uploadFlash/savePath"),
+    savePathSelect = new SysFileSelect(uploadGroup, word("crud/flashOper/uploadFlash/savePath"),
                                        {QStringLiteral("*.bin")});
-    savePathSelect->setCaption(text("crud/flashOper/uploadFlash/savePath"));
+    savePathSelect->setCaption(word("crud/flashOper/uploadFlash/savePath"));
     savePathSelect->setMode(SysFileSelect::SaveFile);
     savePathSelect->setEditable(true);
     savePathSelect->setBorderColor(kTheme);
@@ -106,7 +102,7 @@ void CRUDWindow::buildUploadGroup() {
 }
 
 void CRUDWindow::buildEraseGroup() {
-    eraseGroup = new SysGroupBox(operGroup, text("crud/flashOper/eraseFlash"));
+    eraseGroup = new SysGroupBox(operGroup, word("crud/flashOper/eraseFlash"));
     auto* column = new SysVLayout(eraseGroup);
     eraseAddrEdit = addLineRow(eraseGroup, column, "crud/flashOper/eraseFlash/startAddr");
     eraseLenEdit = addLineRow(eraseGroup, column, "crud/flashOper/eraseFlash/eraseLen");

@@ -13,13 +13,7 @@
 
 CmdWindow* cmdWindowInstance = nullptr;
 
-namespace {
-
-QString text(const char* key) {
-    return MainWindow::text(QString::fromLatin1(key));
-}
-
-} // namespace
+namespace {} // namespace
 
 CmdWindow::CmdWindow(QWidget* parent) : TabWinBase(parent) {
     cmdWindowInstance = this;
@@ -38,19 +32,19 @@ CmdWindow::~CmdWindow() {
 }
 
 void CmdWindow::buildSettings() {
-    auto* group = new SysGroupBox(this, text("cmd/setting"));
+    auto* group = new SysGroupBox(this, word("cmd/setting"));
     addWidget(group);
     auto* row = new SysHLayout(group);
-    const QList<QWidget*> portRow = sysMakeSerialRow(text("cmd/setting/port"), true, group);
+    const QList<QWidget*> portRow = sysMakeSerialRow(word("cmd/setting/port"), true, group);
     portCombo = qobject_cast<SysSerialComboBox*>(portRow.at(1));
     portCombo->setObjectName(QStringLiteral("cmdPort"));
     const QList<QWidget*> baudRow =
-        sysMakeComboRow(text("cmd/setting/baud"), sysBaudRates(), group);
+        sysMakeComboRow(word("cmd/setting/baud"), sysBaudRates(), group);
     baudCombo = qobject_cast<SysComboBox*>(baudRow.at(1));
     baudCombo->setCurrentText(QStringLiteral("115200"));
     portButton = new SysStateButton(group);
-    portButton->addState(QStringLiteral("OFF"), {text("cmd/setting/open"), "#409eff", true}, true);
-    portButton->addState(QStringLiteral("ON"), {text("cmd/setting/close"), "#FF0000", true});
+    portButton->addState(QStringLiteral("OFF"), {word("cmd/setting/open"), "#409eff", true}, true);
+    portButton->addState(QStringLiteral("ON"), {word("cmd/setting/close"), "#FF0000", true});
     row->addWidget(portRow.at(0));
     row->addWidget(baudRow.at(0));
     row->addWidget(portButton);
@@ -62,10 +56,10 @@ void CmdWindow::buildTabs() {
     tabs = new SysTab(this);
     addWidget(tabs);
     basicPanel = new BasicPanel(this, tabs);
-    tabs->addTab(basicPanel, text("cmd/oper/basic"));
+    tabs->addTab(basicPanel, word("cmd/oper/basic"));
     // The efuse, RF and terminal panels take their places here as they come.
     for (const char* key : {"cmd/oper/efuse", "rfTest/wifi", "rfTest/ble", "cmd/oper/serial"})
-        tabs->addTab(new SysWidget(tabs), text(key));
+        tabs->addTab(new SysWidget(tabs), TabWinBase::word(key));
 }
 
 void CmdWindow::portButtonClicked() {

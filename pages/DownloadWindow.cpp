@@ -28,12 +28,8 @@
 
 namespace {
 
-QString text(const char* key) {
-    return MainWindow::text(QString::fromLatin1(key));
-}
-
 std::string fmt(const char* key) {
-    return text(key).toStdString();
+    return TabWinBase::word(key).toStdString();
 }
 
 const char* const kTheme = "#409eff";
@@ -47,8 +43,8 @@ DownloadWindow::DownloadWindow(QWidget* parent)
     buildSettings();
     dlTabs = new SysTab(this);
     addWidget(dlTabs);
-    dlTabs->addTab(buildSingleTab(), text("download/dlTab/singleFileDL"));
-    dlTabs->addTab(buildAioTab(), text("download/dlTab/allinoneFileDL"));
+    dlTabs->addTab(buildSingleTab(), word("download/dlTab/singleFileDL"));
+    dlTabs->addTab(buildAioTab(), word("download/dlTab/allinoneFileDL"));
     dlTabs->setCurrentIndex(1);
     setStretchFactor(1, 1);
     setUpRun();
@@ -61,25 +57,25 @@ DownloadWindow::~DownloadWindow() {
 }
 
 void DownloadWindow::buildSettings() {
-    settingsBox = new SysGroupBox(this, text("download/commSetting/title"));
+    settingsBox = new SysGroupBox(this, word("download/commSetting/title"));
     addWidget(settingsBox);
     auto* row = new SysHLayout(settingsBox);
 
     const QList<QWidget*> portRow =
-        sysMakeSerialRow(text("download/commSetting/port"), true, settingsBox);
+        sysMakeSerialRow(word("download/commSetting/port"), true, settingsBox);
     portBox = qobject_cast<SysSerialComboBox*>(portRow.at(1));
     portBox->setObjectName(QStringLiteral("downloadPort"));
     const QList<QWidget*> bootRow =
-        sysMakeComboRow(text("download/commSetting/bootBaud"), sysBaudRates(), settingsBox);
+        sysMakeComboRow(word("download/commSetting/bootBaud"), sysBaudRates(), settingsBox);
     bootBaudBox = qobject_cast<SysComboBox*>(bootRow.at(1));
     bootBaudBox->setCurrentText(QStringLiteral("115200"));
     const QList<QWidget*> dlRow =
-        sysMakeComboRow(text("download/commSetting/dlBaud"), sysBaudRates(), settingsBox);
+        sysMakeComboRow(word("download/commSetting/dlBaud"), sysBaudRates(), settingsBox);
     dlBaudBox = qobject_cast<SysComboBox*>(dlRow.at(1));
     dlBaudBox->setCurrentIndex(dlBaudBox->count() - 1);
-    uartBootCheck = new SysCheckBox(settingsBox, text("download/commSetting/uartBoot"));
+    uartBootCheck = new SysCheckBox(settingsBox, word("download/commSetting/uartBoot"));
     uartBootCheck->setChecked(true);
-    bigBlockCheck = new SysCheckBox(settingsBox, text("download/commSetting/useBigBlock"));
+    bigBlockCheck = new SysCheckBox(settingsBox, word("download/commSetting/useBigBlock"));
     bigBlockCheck->setChecked(true);
 
     for (QWidget* w : {portRow.at(0), bootRow.at(0), dlRow.at(0)})
@@ -93,12 +89,12 @@ QWidget* DownloadWindow::buildAioTab() {
     auto* column = new SysVLayout(tab);
     column->setContentsMargins(0, 0, 0, 0);
     auto* line = new SysHLayout(nullptr);
-    aioSelect = new SysFileSelect(tab, text("download/dlTab/allinoneFileDL/allinoneFilePath"),
+    aioSelect = new SysFileSelect(tab, word("download/dlTab/allinoneFileDL/allinoneFilePath"),
                                   {QStringLiteral("*.bin")});
-    aioSelect->setCaption(text("download/dlTab/allinoneFileDL/allinoneFilePath"));
+    aioSelect->setCaption(word("download/dlTab/allinoneFileDL/allinoneFilePath"));
     aioSelect->setBorderColor(kTheme);
     aioSelect->pathEdit->setObjectName(QStringLiteral("downloadImage"));
-    aioStartButton = new SysButton(tab, text("download/dlTab/allinoneFileDL/start"));
+    aioStartButton = new SysButton(tab, word("download/dlTab/allinoneFileDL/start"));
     aioStartButton->setObjectName(QStringLiteral("downloadImageStart"));
     aioStartButton->setThemeColor(kTheme);
     line->addWidget(aioSelect);
@@ -115,28 +111,28 @@ QWidget* DownloadWindow::buildSingleTab() {
     column->setContentsMargins(0, 0, 0, 0);
     auto* top = new SysHLayout(nullptr);
 
-    stubSelect = new SysFileSelect(tab, text("download/dlTab/singleFileDL/stubSel"),
+    stubSelect = new SysFileSelect(tab, word("download/dlTab/singleFileDL/stubSel"),
                                    {QStringLiteral("*.bin")});
-    stubSelect->setCaption(text("download/dlTab/singleFileDL/stubSel"));
+    stubSelect->setCaption(word("download/dlTab/singleFileDL/stubSel"));
     stubSelect->setBorderColor(kTheme);
     top->addWidget(stubSelect, 1, Qt::AlignVCenter);
 
     const QList<QWidget*> addrRow =
-        sysMakeLineRow(text("download/dlTab/singleFileDL/startupAddr"), 0, 10, tab);
+        sysMakeLineRow(word("download/dlTab/singleFileDL/startupAddr"), 0, 10, tab);
     startupAddrEdit = qobject_cast<SysLineEdit*>(addrRow.at(1));
     startupAddrEdit->setMinWidth(4);
     startupAddrEdit->setMaxWidth(4);
     startupAddrEdit->setText(QStringLiteral("0x10000"));
     top->addWidget(addrRow.at(0));
 
-    singleStartButton = new SysButton(tab, text("download/dlTab/singleFileDL/start"));
+    singleStartButton = new SysButton(tab, word("download/dlTab/singleFileDL/start"));
     singleStartButton->setThemeColor(kTheme);
     top->addWidget(singleStartButton);
     connect(singleStartButton, &QPushButton::clicked, this, [this] { startRun(0); });
 
     actionBox = new SysComboBox(
-        tab, text("download/dlTab/singleFileDL/otherFunc/list").split('/', Qt::KeepEmptyParts));
-    actionBox->setPlaceholder(text("download/dlTab/singleFileDL/otherFunc"));
+        tab, word("download/dlTab/singleFileDL/otherFunc/list").split('/', Qt::KeepEmptyParts));
+    actionBox->setPlaceholder(word("download/dlTab/singleFileDL/otherFunc"));
     actionBox->setMinWidth(5);
     actionBox->setMaxWidth(5);
     top->addWidget(actionBox);
@@ -167,7 +163,7 @@ QWidget* DownloadWindow::buildSingleTab() {
 
 void DownloadWindow::buildFileTable(QWidget* parent) {
     fileTable = new SysTable(
-        parent, text("download/dlTab/singleFileDL/fileList/header").split('/', Qt::KeepEmptyParts));
+        parent, word("download/dlTab/singleFileDL/fileList/header").split('/', Qt::KeepEmptyParts));
     fileTable->setEditable(false);
     fileTable->setColumnWidth(0, 150);
     fileTable->setColumnWidth(1, 120);
@@ -187,9 +183,9 @@ void DownloadWindow::buildFileTable(QWidget* parent) {
         row->select = new SysCheckBox(fileTable);
         row->toRam = new SysCheckBox(fileTable);
         row->file =
-            new SysFileSelect(fileTable, text("download/dlTab/singleFileDL/fileList/select"),
+            new SysFileSelect(fileTable, word("download/dlTab/singleFileDL/fileList/select"),
                               {QStringLiteral("*.bin")});
-        row->file->setCaption(text("download/dlTab/singleFileDL/fileList/select"));
+        row->file->setCaption(word("download/dlTab/singleFileDL/fileList/select"));
         row->file->setNoBorder();
         row->file->setRadius(0);
         row->file->browseButton->setThemeColor(sysLighten("#C0C0C0", 0.625f));
@@ -380,7 +376,7 @@ void DownloadWindow::createAllInOne() {
     if (!collectEntries(entries))
         return;
     const QString outPath =
-        SysFileDialog::getSaveFileName(this, text("download/dlTab/singleFileDL/otherFunc/saveFile"),
+        SysFileDialog::getSaveFileName(this, word("download/dlTab/singleFileDL/otherFunc/saveFile"),
                                        QDir::currentPath(), QStringLiteral("*.bin"));
     if (outPath.isEmpty())
         return;

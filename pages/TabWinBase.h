@@ -28,6 +28,8 @@ public:
     void addLog(SYS_LOG_LEVEL level, QString strLog);
     void logError(const char* format, ...) __attribute__((format(printf, 2, 3)));
     void logInfo(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    // The host's word for a key, as it stands.
+    static QString word(const char* key) { return MainWindow::text(QString::fromLatin1(key)); }
     // The host's word for key, filled with args like every logged line, as an error or
     // information line. Strings go in as 8-bit text.
     template <typename... Args> void errorLine(const char* key, Args... args) {
