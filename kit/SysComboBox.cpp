@@ -6,6 +6,7 @@
 #include "kit/SysWidget.h"
 
 #include <QListView>
+#include <private/qcombobox_p.h>
 
 SysComboBox::SysComboBox(QWidget* parent, const QStringList& items) : QComboBox(parent) {
     SysSheet::set(
@@ -40,9 +41,6 @@ SysComboBox::SysComboBox(QWidget* parent, const QStringList& items) : QComboBox(
             "\t\theight: 0px;\t\tborder: none;\t\tbackground: transparent;\t}"
             "\tQComboBox QScrollBar::add-page, QComboBox QScrollBar::sub-page {\t\twidth: 0px;"
             "\t\theight: 0px;\t\tbackground: transparent;\t}"));
-    // The default popup of some styles draws itself and ignores the sheet; a list view obeys
-    // it.
-    setView(new QListView);
     setScrollBarColor("#ddd");
     setThemeColor("#409eff");
     setFontSize(18);
@@ -66,8 +64,62 @@ void SysComboBox::setItems(const QStringList& items) {
 }
 
 void SysComboBox::hideItem(int row) {
+    if (!hasPopup()) {
+        hiddenItems_.append(QPersistentModelIndex(model()->index(row, modelColumn())));
+        return;
+    }
     if (auto* list = qobject_cast<QListView*>(view()))
         list->setRowHidden(row, true);
+}
+
+bool SysComboBox::hasPopup() const {
+    return static_cast<const QComboBoxPrivate*>(QWidgetPrivate::get(this))->container != nullptr;
+}
+
+void SysComboBox::showPopup() {
+    installListView();
+    QComboBox::showPopup();
+}
+
+void SysComboBox::installListView() {
+    if (listInstalled_)
+        return;
+    listInstalled_ = true;
+    // Rows hidden on a list that Qt made before this one stay hidden.
+    QList<int> hidden;
+    if (hasPopup()) {
+        if (auto* earlier = qobject_cast<QListView*>(view()))
+            for (int row = 0; row < count(); ++row)
+                if (earlier->isRowHidden(row))
+                    hidden << row;
+    }
+    for (const QPersistentModelIndex& item : qAsConst(hiddenItems_))
+        if (item.isValid())
+            hidden << item.row();
+    hiddenItems_.clear();
+    // The default popup of some styles draws itself and ignores the sheet; a list view obeys
+    // it.
+    auto* list = new QListView;
+    setView(list);
+    for (int row : qAsConst(hidden))
+        list->setRowHidden(row, true);
+}
+
+void SysComboBox::changeEvent(QEvent* event) {
+    // Before the popup exists, a new style or font only changes the box's size. QComboBox
+    // would make the popup here to restyle it, and most boxes are never opened.
+    const bool styleOrFont =
+        event->type() == QEvent::StyleChange || event->type() == QEvent::FontChange;
+    if (!styleOrFont || hasPopup()) {
+        QComboBox::changeEvent(event);
+        return;
+    }
+    auto* d = static_cast<QComboBoxPrivate*>(QWidgetPrivate::get(this));
+    d->sizeHint = QSize();
+    d->minimumSizeHint = QSize();
+    if (event->type() == QEvent::StyleChange)
+        d->setLayoutItemMargins(QStyle::SE_ComboBoxLayoutItem);
+    QWidget::changeEvent(event);
 }
 
 void SysComboBox::setPlaceholder(const QString& text) {

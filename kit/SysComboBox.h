@@ -2,6 +2,7 @@
 
 #include <QComboBox>
 #include <QList>
+#include <QPersistentModelIndex>
 #include <QStringList>
 
 #include <string>
@@ -20,6 +21,8 @@ public:
     void setItems(const QStringList& items);
     // Hides the item from the popup list; it stays in the box.
     void hideItem(int row);
+    // The popup is made when it first opens (or when view() is first asked for).
+    void showPopup() override;
 
     // Shows `text` as a fixed caption on a box filled with the theme colour. A second call
     // renames the caption rather than adding another.
@@ -50,6 +53,17 @@ public:
     QString placeholderText;
 
 private:
+    // Items hidden before the popup was made.
+    QList<QPersistentModelIndex> hiddenItems_;
+    bool listInstalled_ = false;
+
+protected:
+    void changeEvent(QEvent* event) override;
+
+private:
+    bool hasPopup() const;
+    // Puts the kit's list view into the popup, once.
+    void installListView();
     void applyPlaceholderColors();
     void restorePlaceholder();
 };

@@ -126,6 +126,29 @@ TEST(KitComboBox, PlaceholderStaysTheCaptionAfterEveryChoice) {
     EXPECT_EQ(combo.items(), (QStringList{"x", "y"}));
 }
 
+TEST(KitComboBox, ItemsHiddenBeforeThePopupIsMadeStayHiddenInIt) {
+    // The popup is made when it first opens; hiding items before that must still take.
+    QWidget page;
+    auto* combo = new SysComboBox(&page, {"a", "b", "c", "d"});
+    combo->hideItem(1);
+    combo->setPlaceholder("Pick");
+    page.show();
+    combo->showPopup();
+    auto* view = qobject_cast<QListView*>(combo->view());
+    ASSERT_NE(view, nullptr);
+    EXPECT_TRUE(view->isVisible());
+    EXPECT_EQ(view->itemDelegate()->metaObject()->className(), QByteArray("QStyledItemDelegate"));
+    for (int row = 0; row < combo->count(); ++row)
+        EXPECT_EQ(view->isRowHidden(row), row == 1 || row == 4) << row;
+    combo->hidePopup();
+    // Hidden once the popup exists, and kept across another opening.
+    combo->hideItem(3);
+    combo->showPopup();
+    EXPECT_EQ(combo->view(), view);
+    EXPECT_TRUE(view->isRowHidden(3));
+    combo->hidePopup();
+}
+
 TEST(KitSlider, ValueLabelFollowsTheHeldHandle) {
     SysSlider slider;
     slider.resize(220, 40);
