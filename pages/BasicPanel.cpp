@@ -14,17 +14,9 @@
 
 namespace {
 
-QStringList list(const char* key) {
-    return TabWinBase::word(key).split('/', Qt::KeepEmptyParts);
-}
-
 // A field as the register handlers read it: hexadecimal, "0x" allowed, anything else 0.
 unsigned hexValue(const SysLineEdit* edit) {
     return edit->text().toUInt(nullptr, 16);
-}
-
-std::string bytes(const QString& s) {
-    return s.toStdString();
 }
 
 // Waits after a restart before echo is turned off again.
@@ -54,15 +46,9 @@ BasicPanel::BasicPanel(CmdWindow* page, QWidget* parent) : SysWidget(parent), pa
     column->addLayout(bottom);
     column->addStretch(1);
 
-    versionStateButton =
-        button(this, "cmd/oper/basic/getState/getCurVersion", &BasicPanel::readVersionState);
+    versionStateButton = TabWinBase::button(this, "cmd/oper/basic/getState/getCurVersion", this,
+                                            &BasicPanel::readVersionState);
     versionStateButton->hide();
-}
-
-SysButton* BasicPanel::button(QWidget* parent, const char* key, void (BasicPanel::*handler)()) {
-    auto* b = new SysButton(parent, TabWinBase::word(key));
-    connect(b, &QPushButton::clicked, this, handler);
-    return b;
 }
 
 QWidget* BasicPanel::buildSwitchGroup(const char* titleKey, const char* listKey,
@@ -70,11 +56,11 @@ QWidget* BasicPanel::buildSwitchGroup(const char* titleKey, const char* listKey,
                                       SysComboBox** box, SysButton** exec) {
     auto* group = new SysGroupBox(this, TabWinBase::word(titleKey));
     auto* row = new SysHLayout(group);
-    *box = new SysComboBox(group, list(listKey));
+    *box = new SysComboBox(group, TabWinBase::wordList(listKey));
     // Items 2 and 3 name states that are not switched to from here.
     (*box)->hideItem(2);
     (*box)->hideItem(3);
-    *exec = button(group, execKey, handler);
+    *exec = TabWinBase::button(group, execKey, this, handler);
     row->addWidget(*box);
     row->addWidget(*exec);
     return group;
@@ -83,10 +69,10 @@ QWidget* BasicPanel::buildSwitchGroup(const char* titleKey, const char* listKey,
 QWidget* BasicPanel::buildRestartGroup() {
     auto* group = new SysGroupBox(this, TabWinBase::word("cmd/oper/basic/restart"));
     auto* row = new SysHLayout(group);
-    hardRestartButton =
-        button(group, "cmd/oper/basic/restart/hardwareRestart", &BasicPanel::hardwareRestart);
-    softRestartButton =
-        button(group, "cmd/oper/basic/restart/softwareRestart", &BasicPanel::softwareRestart);
+    hardRestartButton = TabWinBase::button(group, "cmd/oper/basic/restart/hardwareRestart", this,
+                                           &BasicPanel::hardwareRestart);
+    softRestartButton = TabWinBase::button(group, "cmd/oper/basic/restart/softwareRestart", this,
+                                           &BasicPanel::softwareRestart);
     row->addWidget(hardRestartButton);
     row->addWidget(softRestartButton);
     return group;
@@ -101,10 +87,10 @@ QWidget* BasicPanel::buildRegisterGroup() {
         sysMakeLineRow(TabWinBase::word("cmd/oper/basic/editRegister/value"), 1, 32, group);
     regAddrEdit = qobject_cast<SysLineEdit*>(addr.at(1));
     regValueEdit = qobject_cast<SysLineEdit*>(value.at(1));
-    regReadButton =
-        button(group, "cmd/oper/basic/editRegister/action/read", &BasicPanel::readRegister);
-    regWriteButton =
-        button(group, "cmd/oper/basic/editRegister/action/write", &BasicPanel::writeRegister);
+    regReadButton = TabWinBase::button(group, "cmd/oper/basic/editRegister/action/read", this,
+                                       &BasicPanel::readRegister);
+    regWriteButton = TabWinBase::button(group, "cmd/oper/basic/editRegister/action/write", this,
+                                        &BasicPanel::writeRegister);
     for (QWidget* w : {addr.at(0), value.at(0), static_cast<QWidget*>(regReadButton),
                        static_cast<QWidget*>(regWriteButton)})
         row->addWidget(w);
@@ -118,11 +104,13 @@ QWidget* BasicPanel::buildMacGroup() {
         sysMakeLineRow(TabWinBase::word("cmd/oper/basic/editMac/addr"), 17, 17, group);
     const QList<QWidget*> location =
         sysMakeComboRow(TabWinBase::word("cmd/oper/basic/editMac/location"),
-                        list("cmd/oper/basic/editMac/location/optionList"), group);
+                        TabWinBase::wordList("cmd/oper/basic/editMac/location/optionList"), group);
     macEdit = qobject_cast<SysLineEdit*>(addr.at(1));
     macLocationBox = qobject_cast<SysComboBox*>(location.at(1));
-    macWriteButton = button(group, "cmd/oper/basic/editMac/write", &BasicPanel::writeMac);
-    macReadButton = button(group, "cmd/oper/basic/editMac/read", &BasicPanel::readMac);
+    macWriteButton =
+        TabWinBase::button(group, "cmd/oper/basic/editMac/write", this, &BasicPanel::writeMac);
+    macReadButton =
+        TabWinBase::button(group, "cmd/oper/basic/editMac/read", this, &BasicPanel::readMac);
     for (QWidget* w : {addr.at(0), location.at(0), static_cast<QWidget*>(macWriteButton),
                        static_cast<QWidget*>(macReadButton)})
         column->addWidget(w);
@@ -142,10 +130,14 @@ QWidget* BasicPanel::buildNvGroup() {
     nvNameEdit = qobject_cast<SysLineEdit*>(name.at(1));
     nvValueEdit = qobject_cast<SysLineEdit*>(value.at(1));
     nvTypeBox = qobject_cast<SysComboBox*>(type.at(1));
-    nvWriteButton = button(group, "cmd/oper/basic/editNV/action/write", &BasicPanel::writeNv);
-    nvReadButton = button(group, "cmd/oper/basic/editNV/action/read", &BasicPanel::readNv);
-    nvRemoveButton = button(group, "cmd/oper/basic/editNV/action/remove", &BasicPanel::removeNv);
-    nvReadAllButton = button(group, "cmd/oper/basic/editNV/action/readAll", &BasicPanel::readAllNv);
+    nvWriteButton =
+        TabWinBase::button(group, "cmd/oper/basic/editNV/action/write", this, &BasicPanel::writeNv);
+    nvReadButton =
+        TabWinBase::button(group, "cmd/oper/basic/editNV/action/read", this, &BasicPanel::readNv);
+    nvRemoveButton = TabWinBase::button(group, "cmd/oper/basic/editNV/action/remove", this,
+                                        &BasicPanel::removeNv);
+    nvReadAllButton = TabWinBase::button(group, "cmd/oper/basic/editNV/action/readAll", this,
+                                         &BasicPanel::readAllNv);
     for (QWidget* w : {name.at(0), value.at(0), type.at(0)})
         column->addWidget(w);
     for (SysButton* b : {nvWriteButton, nvReadButton, nvRemoveButton, nvReadAllButton})
@@ -177,23 +169,23 @@ void BasicPanel::echoOffAfter(int ms) {
 void BasicPanel::switchVersion() {
     if (!portOpen())
         return;
-    const std::string item = bytes(versionBox->currentText());
+    const QString item = versionBox->currentText();
     if (!page_->engine.switchVersion(page_->comPort, versionBox->currentIndex())) {
-        page_->errorLine("cmd/oper/basic/switchVersion/failed", item.c_str());
+        page_->errorLine("cmd/oper/basic/switchVersion/failed", item);
         return;
     }
     page_->engine.setEcho(page_->comPort, false, 0);
-    page_->infoLine("cmd/oper/basic/switchVersion/success", item.c_str());
+    page_->infoLine("cmd/oper/basic/switchVersion/success", item);
 }
 
 void BasicPanel::switchEcho() {
     if (!portOpen())
         return;
-    const std::string item = bytes(echoBox->currentText());
+    const QString item = echoBox->currentText();
     if (page_->engine.setEcho(page_->comPort, echoBox->currentIndex() == 0, 0))
-        page_->infoLine("cmd/oper/basic/switchEcho/execSuccessFmt", item.c_str());
+        page_->infoLine("cmd/oper/basic/switchEcho/execSuccessFmt", item);
     else
-        page_->errorLine("cmd/oper/basic/switchEcho/execFailedFmt", item.c_str());
+        page_->errorLine("cmd/oper/basic/switchEcho/execFailedFmt", item);
 }
 
 void BasicPanel::hardwareRestart() {
@@ -240,13 +232,11 @@ void BasicPanel::writeMac() {
     if (!portOpen())
         return;
     const QString mac = macEdit->text().trimmed();
-    const std::string location = bytes(macLocationBox->currentText());
+    const QString location = macLocationBox->currentText();
     if (page_->engine.setMac(page_->comPort, macLocationBox->currentIndex(), mac))
-        page_->infoLine("cmd/oper/basic/editMac/write/successFmt", location.c_str(),
-                        bytes(mac).c_str());
+        page_->infoLine("cmd/oper/basic/editMac/write/successFmt", location, mac);
     else
-        page_->errorLine("cmd/oper/basic/editMac/write/failedFmt", location.c_str(),
-                         bytes(mac).c_str());
+        page_->errorLine("cmd/oper/basic/editMac/write/failedFmt", location, mac);
 }
 
 void BasicPanel::readMac() {
@@ -254,7 +244,7 @@ void BasicPanel::readMac() {
         return;
     QString mac;
     if (page_->engine.getMac(page_->comPort, mac))
-        page_->infoLine("cmd/oper/basic/editMac/read/successFmt", bytes(mac).c_str());
+        page_->infoLine("cmd/oper/basic/editMac/read/successFmt", mac);
     else
         page_->errorLine("cmd/oper/basic/editMac/read/failed");
 }
@@ -268,13 +258,11 @@ void BasicPanel::writeNv() {
         page_->errorLine("cmd/oper/basic/editNV/nameAndValueCanNotBeEmpty");
         return;
     }
-    const std::string type = bytes(nvTypeBox->currentText());
+    const QString type = nvTypeBox->currentText();
     if (page_->engine.setNv(page_->comPort, nvTypeBox->currentIndex() + 1, name, value))
-        page_->infoLine("cmd/oper/basic/editNV/action/write/successFmt", type.c_str(),
-                        bytes(name).c_str(), bytes(value).c_str());
+        page_->infoLine("cmd/oper/basic/editNV/action/write/successFmt", type, name, value);
     else
-        page_->errorLine("cmd/oper/basic/editNV/action/write/failedFmt", type.c_str(),
-                         bytes(name).c_str(), bytes(value).c_str());
+        page_->errorLine("cmd/oper/basic/editNV/action/write/failedFmt", type, name, value);
 }
 
 void BasicPanel::readNv() {
@@ -285,14 +273,12 @@ void BasicPanel::readNv() {
         page_->errorLine("cmd/oper/basic/editNV/nameCanNotBeEmpty");
         return;
     }
-    const std::string type = bytes(nvTypeBox->currentText());
+    const QString type = nvTypeBox->currentText();
     QString value;
     if (page_->engine.getNv(page_->comPort, nvTypeBox->currentIndex() + 1, name, value))
-        page_->infoLine("cmd/oper/basic/editNV/action/read/successFmt", type.c_str(),
-                        bytes(name).c_str(), bytes(value).c_str());
+        page_->infoLine("cmd/oper/basic/editNV/action/read/successFmt", type, name, value);
     else
-        page_->errorLine("cmd/oper/basic/editNV/action/read/failedFmt", type.c_str(),
-                         bytes(name).c_str());
+        page_->errorLine("cmd/oper/basic/editNV/action/read/failedFmt", type, name);
 }
 
 void BasicPanel::removeNv() {
@@ -303,28 +289,26 @@ void BasicPanel::removeNv() {
         page_->errorLine("cmd/oper/basic/editNV/nameCanNotBeEmpty");
         return;
     }
-    const std::string type = bytes(nvTypeBox->currentText());
+    const QString type = nvTypeBox->currentText();
     if (page_->engine.removeNv(page_->comPort, nvTypeBox->currentIndex() + 1, name))
-        page_->infoLine("cmd/oper/basic/editNV/action/remove/successFmt", type.c_str(),
-                        bytes(name).c_str());
+        page_->infoLine("cmd/oper/basic/editNV/action/remove/successFmt", type, name);
     else
-        page_->errorLine("cmd/oper/basic/editNV/action/remove/failedFmt", type.c_str(),
-                         bytes(name).c_str());
+        page_->errorLine("cmd/oper/basic/editNV/action/remove/failedFmt", type, name);
 }
 
 void BasicPanel::readAllNv() {
     if (!portOpen())
         return;
-    const std::string type = bytes(nvTypeBox->currentText());
+    const QString type = nvTypeBox->currentText();
     QList<QStringList> entries;
     if (!page_->engine.readAllNv(page_->comPort, nvTypeBox->currentIndex() + 1, entries)) {
-        page_->errorLine("cmd/oper/basic/editNV/action/readAll/failedFmt", type.c_str());
+        page_->errorLine("cmd/oper/basic/editNV/action/readAll/failedFmt", type);
         return;
     }
-    page_->infoLine("cmd/oper/basic/editNV/action/readAll/successFmt", type.c_str());
+    page_->infoLine("cmd/oper/basic/editNV/action/readAll/successFmt", type);
     for (const QStringList& entry : entries)
-        page_->infoLine("cmd/oper/basic/editNV/action/readAll/nameAndValueFmt",
-                        bytes(entry.value(0)).c_str(), bytes(entry.value(1)).c_str());
+        page_->infoLine("cmd/oper/basic/editNV/action/readAll/nameAndValueFmt", entry.value(0),
+                        entry.value(1));
 }
 
 void BasicPanel::readVersionState() {
@@ -335,9 +319,9 @@ void BasicPanel::readVersionState() {
         page_->errorLine("cmd/oper/basic/getState/getCurVersionFailed");
         return;
     }
-    const QStringList names = list("cmd/oper/basic/switchVersion/versionList");
+    const QStringList names = TabWinBase::wordList("cmd/oper/basic/switchVersion/versionList");
     const QString name = state >= 0 && state < names.size()
                              ? names[state]
                              : TabWinBase::word("cmd/oper/basic/switchVersion/invalidVersionState");
-    page_->infoLine("cmd/oper/basic/getState/curVersionFmt", bytes(name).c_str());
+    page_->infoLine("cmd/oper/basic/getState/curVersionFmt", name);
 }

@@ -64,7 +64,6 @@ private:
     QWidget* buildRegisterGroup();
     QWidget* buildMacGroup();
     QWidget* buildNvGroup();
-    SysButton* button(QWidget* parent, const char* key, void (BasicPanel::*handler)());
     // False, with the page's line, when the port is closed.
     bool portOpen();
     // Turns echo off after a restart, once the board has had time to come back.

@@ -9,11 +9,12 @@
 #include "kit/SysTab.h"
 #include "kit/SysWidget.h"
 #include "pages/BasicPanel.h"
+#include "pages/BleRfPanel.h"
+#include "pages/EfusePanel.h"
+#include "pages/WifiRfPanel.h"
 #include "shell/MainWindow.h"
 
 CmdWindow* cmdWindowInstance = nullptr;
-
-namespace {} // namespace
 
 CmdWindow::CmdWindow(QWidget* parent) : TabWinBase(parent) {
     cmdWindowInstance = this;
@@ -57,9 +58,14 @@ void CmdWindow::buildTabs() {
     addWidget(tabs);
     basicPanel = new BasicPanel(this, tabs);
     tabs->addTab(basicPanel, word("cmd/oper/basic"));
-    // The efuse, RF and terminal panels take their places here as they come.
-    for (const char* key : {"cmd/oper/efuse", "rfTest/wifi", "rfTest/ble", "cmd/oper/serial"})
-        tabs->addTab(new SysWidget(tabs), TabWinBase::word(key));
+    efusePanel = new EfusePanel(this, tabs);
+    tabs->addTab(efusePanel, word("cmd/oper/efuse"));
+    wifiPanel = new WifiRfPanel(this, tabs);
+    tabs->addTab(wifiPanel, word("rfTest/wifi"));
+    blePanel = new BleRfPanel(this, tabs);
+    tabs->addTab(blePanel, word("rfTest/ble"));
+    // The terminal takes its place here.
+    tabs->addTab(new SysWidget(tabs), word("cmd/oper/serial"));
 }
 
 void CmdWindow::portButtonClicked() {
@@ -107,4 +113,17 @@ bool CmdWindow::closePort(ComPort* port) {
 void CmdWindow::baudChanged(const QString& rate) {
     if (comPort.isOpen())
         comPort.setBaudrate(rate.trimmed().toInt());
+}
+
+bool CmdWindow::checkRfReady() {
+    if (!comPort.isOpen()) {
+        errorLine("rfTest/pleaseOpenPort");
+        return false;
+    }
+    const int mode = wifiPanel->modeBox->currentIndex();
+    if (mode >= 3 && mode <= 5) {
+        errorLine("rfTest/wifi/invalidModeFmt", wifiPanel->modeBox->currentText());
+        return false;
+    }
+    return true;
 }

@@ -8,6 +8,9 @@
 #include <map>
 
 class BasicPanel;
+class BleRfPanel;
+class EfusePanel;
+class WifiRfPanel;
 class SysComboBox;
 class SysSerialComboBox;
 class SysStateButton;
@@ -30,9 +33,16 @@ public:
     bool openPort(ComPort* port);
     bool closePort(ComPort* port);
 
+    // What every RF test start checks first: an open port and a mode the radio offers. False
+    // with the reason's line.
+    bool checkRfReady();
+
     ComPort comPort;
     AppQZ4420Imple engine;
     BasicPanel* basicPanel = nullptr;
+    EfusePanel* efusePanel = nullptr;
+    WifiRfPanel* wifiPanel = nullptr;
+    BleRfPanel* blePanel = nullptr;
     SysSerialComboBox* portCombo = nullptr;
     SysComboBox* baudCombo = nullptr;
     SysStateButton* portButton = nullptr;
