@@ -56,10 +56,11 @@ public:
     // Reads and drops incoming bytes for ms milliseconds. Always true.
     bool drainFor(int ms);
 
-private:
-    bool openDevice(const std::string& device, int baud);
     // Sleeps until input is waiting or ms has passed; on a closed or broken port it sleeps ms.
     void waitForInput(int64_t ms);
+
+private:
+    bool openDevice(const std::string& device, int baud);
 
     serial::Serial* serial_;
     int port_ = -1;

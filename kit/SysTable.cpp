@@ -269,6 +269,36 @@ void SysTable::saveSelectionCsv() {
         exportSelectionCsv(path);
 }
 
+void SysTable::setRowWidgetMaker(std::function<void(int row)> make) {
+    rowMaker_ = std::move(make);
+    connect(verticalScrollBar(), &QScrollBar::valueChanged, this, &SysTable::makeVisibleRows,
+            Qt::UniqueConnection);
+    makeVisibleRows();
+}
+
+void SysTable::makeRowWidgets(int row) {
+    if (!rowMaker_ || row < 0 || row >= rowCount() || madeRows_.contains(row))
+        return;
+    madeRows_.insert(row);
+    rowMaker_(row);
+}
+
+void SysTable::makeVisibleRows() {
+    if (!rowMaker_ || !isVisible())
+        return;
+    const int first = std::max(rowAt(0), 0);
+    int last = rowAt(viewport()->height() - 1);
+    if (last < 0)
+        last = rowCount() - 1;
+    for (int row = first; row <= last; ++row)
+        makeRowWidgets(row);
+}
+
+void SysTable::showEvent(QShowEvent* event) {
+    QTableWidget::showEvent(event);
+    makeVisibleRows();
+}
+
 void SysTable::resizeEvent(QResizeEvent* event) {
     if (!flexColumns.isEmpty()) {
         int used = 0;
@@ -285,6 +315,7 @@ void SysTable::resizeEvent(QResizeEvent* event) {
             setColumnWidth(column, share);
     }
     QTableWidget::resizeEvent(event);
+    makeVisibleRows();
 }
 
 void SysTable::appendStyle(const QString& fragment) {

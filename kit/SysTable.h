@@ -43,6 +43,12 @@ public:
     // Puts `w` into the cell inside a margin-less box, aligned by `align`.
     void setCellWidgetBox(int row, int column, QWidget* w, Qt::Alignment align);
     void setRowBackground(int row, QColor color);
+    // Cell widgets made when their row first comes into view: `make(row)` puts the row's
+    // widgets in with setCellWidget. A table of many rows then costs nothing for the rows no
+    // one scrolls to. A row made stays made.
+    void setRowWidgetMaker(std::function<void(int row)> make);
+    // Makes the row's widgets now, when a maker is set and they are not made yet.
+    void makeRowWidgets(int row);
     void forEachRowItem(int row, std::function<void(QTableWidgetItem*, int column)> fn);
     // Deletes every item but keeps the rows and the header; the next append goes to row 0.
     void clearRows();
@@ -97,11 +103,16 @@ public:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
     QStringList rowTextsBetween(int row, int firstColumn, int lastColumn) const;
     QStringList headerTextsBetween(int firstColumn, int lastColumn) const;
     void appendStyle(const QString& fragment);
+    void makeVisibleRows();
+
+    std::function<void(int row)> rowMaker_;
+    QSet<int> madeRows_;
 };
 
 // Fills `menu` with the table's export entries, in this order: all rows to HTML, all rows to

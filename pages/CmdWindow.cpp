@@ -11,6 +11,7 @@
 #include "pages/BasicPanel.h"
 #include "pages/BleRfPanel.h"
 #include "pages/EfusePanel.h"
+#include "pages/SerialTool.h"
 #include "pages/WifiRfPanel.h"
 #include "shell/MainWindow.h"
 
@@ -27,6 +28,8 @@ CmdWindow::CmdWindow(QWidget* parent) : TabWinBase(parent) {
 }
 
 CmdWindow::~CmdWindow() {
+    // The terminal's reader uses the port, which goes before the panels do.
+    serialTool->recvThread.stop();
     // A page that is gone is reached through the pointer no more.
     if (cmdWindowInstance == this)
         cmdWindowInstance = nullptr;
@@ -64,8 +67,8 @@ void CmdWindow::buildTabs() {
     tabs->addTab(wifiPanel, word("rfTest/wifi"));
     blePanel = new BleRfPanel(this, tabs);
     tabs->addTab(blePanel, word("rfTest/ble"));
-    // The terminal takes its place here.
-    tabs->addTab(new SysWidget(tabs), word("cmd/oper/serial"));
+    serialTool = new SerialTool(tabs);
+    tabs->addTab(serialTool, word("cmd/oper/serial"));
 }
 
 void CmdWindow::portButtonClicked() {
@@ -101,6 +104,9 @@ bool CmdWindow::openPort(ComPort* port) {
 }
 
 bool CmdWindow::closePort(ComPort* port) {
+    // The terminal's reader lets go of the port before it closes.
+    if (port == &comPort)
+        serialTool->recvThread.stop();
     if (!port->close()) {
         errorLine("cmd/closePortFailed");
         return false;

@@ -10,6 +10,7 @@
 class BasicPanel;
 class BleRfPanel;
 class EfusePanel;
+class SerialTool;
 class WifiRfPanel;
 class SysComboBox;
 class SysSerialComboBox;
@@ -43,6 +44,7 @@ public:
     EfusePanel* efusePanel = nullptr;
     WifiRfPanel* wifiPanel = nullptr;
     BleRfPanel* blePanel = nullptr;
+    SerialTool* serialTool = nullptr;
     SysSerialComboBox* portCombo = nullptr;
     SysComboBox* baudCombo = nullptr;
     SysStateButton* portButton = nullptr;
