@@ -308,6 +308,11 @@ void SysTable::resizeEvent(QResizeEvent* event) {
         }
         if (horizontalScrollBar()->isVisible())
             used += horizontalScrollBar()->height();
+        // A vertical scroll bar takes its width from the columns too; left out, the columns
+        // would overflow by that much, call up the horizontal bar, shrink under it, send it
+        // away again and never come to rest.
+        if (verticalScrollBar()->isVisible())
+            used += verticalScrollBar()->width();
         const QMargins margins = contentsMargins();
         used += margins.left() + margins.right();
         const int share = (width() - used) / flexColumns.size();

@@ -409,6 +409,16 @@ TEST(KitTable, FlexColumnsShareTheWidthLeftOver) {
     EXPECT_EQ(table.columnWidth(1), barShare);
     EXPECT_EQ(table.columnWidth(3), barShare);
 
+    // A vertical scroll bar takes its width off the share too, so the columns fit the view
+    // and no horizontal bar comes and goes.
+    table.setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    table.ensureRow(99);
+    table.resize(600, 300);
+    QApplication::processEvents();
+    ASSERT_TRUE(table.verticalScrollBar()->isVisible());
+    EXPECT_FALSE(table.horizontalScrollBar()->isVisible());
+    EXPECT_LE(table.horizontalHeader()->length(), table.viewport()->width());
+
     // Without flex columns a resize leaves the widths alone.
     table.flexColumns.clear();
     table.setColumnWidth(1, 40);
