@@ -2,6 +2,8 @@
 
 #include "kit/SysSheet.h"
 
+#include <QEvent>
+
 SysSplitter::SysSplitter(QWidget* parent) : QSplitter(parent) {
     setChildrenCollapsible(false);
     SysSheet::set(this, QStringLiteral("\tQSplitter {\t\tfont-family: '微软雅黑';\t\tpadding: 0px;"
@@ -37,4 +39,20 @@ void SysSplitter::clearWidgets() {
         w->setParent(nullptr);
         delete w;
     }
+}
+
+QSize SysSplitter::sizeHint() const {
+    return sizeDeferred ? QSize(0, 0) : QSplitter::sizeHint();
+}
+
+QSize SysSplitter::minimumSizeHint() const {
+    return sizeDeferred ? QSize(0, 0) : QSplitter::minimumSizeHint();
+}
+
+bool SysSplitter::event(QEvent* event) {
+    // Unlike a layout, a splitter measures its children on a layout request even while it is
+    // not shown; its first show measures them anyway.
+    if (sizeDeferred && event->type() == QEvent::LayoutRequest)
+        return true;
+    return QSplitter::event(event);
 }

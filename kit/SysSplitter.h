@@ -20,4 +20,13 @@ public:
     void setHorizontal(bool horizontal);
     // Deletes every child widget; the splitter is empty afterwards.
     void clearWidgets();
+
+    // As SysWidget::sizeDeferred, for a page that is a splitter.
+    bool sizeDeferred = false;
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
+protected:
+    // A deferred splitter leaves its children unmeasured until its first show.
+    bool event(QEvent* event) override;
 };

@@ -1,7 +1,13 @@
 #include "kit/SysTab.h"
 
 #include "kit/SysSheet.h"
+#include "kit/SysSplitter.h"
 #include "kit/SysStyle.h"
+#include "kit/SysWidget.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <private/qwidget_p.h>
 
 SysTab::SysTab(QWidget* parent) : QTabWidget(parent) {
     SysSheet::set(
@@ -147,5 +153,40 @@ void SysTab::tabChanged(int index) {
 int SysTab::addTab(QWidget* page, const QString& label) {
     int index = -1;
     SysSheet::move(page, [&] { index = QTabWidget::addTab(page, label); });
+    if (index > 0 && page != currentWidget())
+        defer(page);
     return index;
+}
+
+void SysTab::setSizeDeferred(QWidget* page, bool deferred) {
+    if (auto* widget = qobject_cast<SysWidget*>(page))
+        widget->sizeDeferred = deferred;
+    else if (auto* splitter = qobject_cast<SysSplitter*>(page))
+        splitter->sizeDeferred = deferred;
+}
+
+void SysTab::defer(QWidget* page) {
+    setSizeDeferred(page, true);
+    // Qt styles a window's whole tree the first time it styles the window, and it does not go
+    // below a widget it takes as styled already: the page is taken as styled until it shows.
+    QWidgetPrivate::get(page)->polished = page->metaObject();
+    // Each new widget has also asked to be styled at the next turn of the event loop; showing
+    // the page answers that.
+    const QList<QWidget*> tree = page->findChildren<QWidget*>() << page;
+    for (QWidget* w : tree)
+        QCoreApplication::removePostedEvents(w, QEvent::PolishRequest);
+    page->installEventFilter(this);
+}
+
+bool SysTab::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Show) {
+        auto* page = static_cast<QWidget*>(watched);
+        page->removeEventFilter(this);
+        setSizeDeferred(page, false);
+        // Its children styled themselves on the way to the screen; now the page itself.
+        QWidgetPrivate::get(page)->polished = nullptr;
+        page->ensurePolished();
+        page->updateGeometry();
+    }
+    return QTabWidget::eventFilter(watched, event);
 }

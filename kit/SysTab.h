@@ -14,7 +14,9 @@ class SysTab : public QTabWidget {
 public:
     explicit SysTab(QWidget* parent = nullptr);
 
-    // QTabWidget::addTab, moving the finished page in without styling its tree again.
+    // QTabWidget::addTab, moving the finished page in without styling its tree again. A page
+    // that is not the current one is styled and measured when it is first shown, not before:
+    // most pages wait for a click, and the program's start does not pay for them.
     int addTab(QWidget* page, const QString& label);
 
     void setFontSize(int px);
@@ -41,8 +43,14 @@ public:
     // The current index as of the last change; -1 while there is no tab.
     int lastIndex = -1;
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void tabChanged(int index);
+    // Keeps the page's tree out of styling and measuring until its first show.
+    void defer(QWidget* page);
+    static void setSizeDeferred(QWidget* page, bool deferred);
 
     std::vector<std::pair<int, std::function<void(bool)>>> tabHooks;
 };

@@ -27,3 +27,11 @@ void SysWidget::setMinimumSizeRelative(float ratio) {
     setMinimumSize(static_cast<int>(static_cast<float>(desktop->width()) * ratio),
                    static_cast<int>(static_cast<float>(desktop->height()) * ratio));
 }
+
+QSize SysWidget::sizeHint() const {
+    return sizeDeferred ? QSize(0, 0) : QWidget::sizeHint();
+}
+
+QSize SysWidget::minimumSizeHint() const {
+    return sizeDeferred ? QSize(0, 0) : QWidget::minimumSizeHint();
+}

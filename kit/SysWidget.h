@@ -16,4 +16,10 @@ public:
 
     // Minimum size as a fraction of the desktop's width and height.
     void setMinimumSizeRelative(float ratio);
+
+    // Set by SysTab on a page it has not shown yet: the page gives no size, so that measuring
+    // the tab widget styles and lays out nothing that no one sees. Cleared at the first show.
+    bool sizeDeferred = false;
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
 };

@@ -1,11 +1,15 @@
 #include "SheetProbe.h"
 
 #include "kit/SysAutoLayout.h"
+#include "kit/SysButton.h"
 #include "kit/SysDialog.h"
 #include "kit/SysHLayout.h"
 #include "kit/SysMainWindow.h"
 #include "kit/SysSplitter.h"
 #include "kit/SysTab.h"
+#include "kit/SysWidget.h"
+
+#include <QApplication>
 
 #include <QLabel>
 #include <QPointer>
@@ -33,6 +37,38 @@ TEST(KitTab, ActivationHooksSeeEntryAndExitOnly) {
     tabs.setCurrentIndex(2);
     EXPECT_EQ(events, (std::vector<std::string>{"0-", "2+", "2-", "0+", "0-", "2+"}));
     EXPECT_EQ(tabs.lastIndex, 2);
+}
+
+TEST(KitTab, APageIsStyledAndMeasuredAtItsFirstShow) {
+    SysTab tab;
+    auto* first = new SysWidget;
+    auto* second = new SysSplitter;
+    auto* button = new SysButton(second, "later");
+    second->addWidget(button);
+    tab.addTab(first, "a");
+    tab.addTab(second, "b");
+    // Counts the styling passes that reach the page and the button from here on.
+    struct Count : QObject {
+        int polishes = 0;
+        bool eventFilter(QObject*, QEvent* event) override {
+            polishes += event->type() == QEvent::Polish;
+            return false;
+        }
+    } onPage, onButton;
+    second->installEventFilter(&onPage);
+    button->installEventFilter(&onButton);
+    tab.resize(400, 300);
+    tab.show();
+    QApplication::processEvents();
+    EXPECT_TRUE(first->testAttribute(Qt::WA_WState_Polished));
+    EXPECT_EQ(onPage.polishes + onButton.polishes, 0);
+    EXPECT_EQ(second->minimumSizeHint(), QSize(0, 0));
+
+    tab.setCurrentIndex(1);
+    EXPECT_EQ(onPage.polishes, 1);
+    EXPECT_EQ(onButton.polishes, 1);
+    EXPECT_EQ(button->font().pixelSize(), 18); // the button's own sheet took
+    EXPECT_GT(second->minimumSizeHint().width(), 0);
 }
 
 TEST(KitTab, TabCornersFollowTheTabPosition) {
