@@ -19,10 +19,10 @@ BleRfPanel::BleRfPanel(CmdWindow* page, QWidget* parent)
     column->addWidget(buildParamGroup());
     auto* middle = new SysHLayout(nullptr);
     middle->addWidget(buildTxGroup());
-    middle->addWidget(buildRxGroup());
+    middle->addWidget(rxGroup("rfTest/ble/rxTest"));
     auto* bottom = new SysHLayout(nullptr);
     bottom->addWidget(buildToneGroup());
-    bottom->addWidget(buildDcGroup());
+    bottom->addWidget(dcGroup("rfTest/ble/dcTest"));
     column->addLayout(middle);
     column->addLayout(bottom);
     column->addStretch(1);
@@ -85,16 +85,6 @@ QWidget* BleRfPanel::buildTxGroup() {
     return group;
 }
 
-QWidget* BleRfPanel::buildRxGroup() {
-    auto* group = new SysGroupBox(this, TabWinBase::word("rfTest/ble/rxTest"));
-    auto* column = new SysVLayout(group);
-    rxButton = runButton(group, "rfTest/ble/rxTest/start", "rfTest/ble/rxTest/stop");
-    column->addWidget(rxButton);
-    column->addStretch(1);
-    connect(rxButton, &QPushButton::clicked, this, &BleRfPanel::rxClicked);
-    return group;
-}
-
 QWidget* BleRfPanel::buildToneGroup() {
     auto* group = new SysGroupBox(this, TabWinBase::word("rfTest/ble/singleToneTest"));
     auto* row = new SysHLayout(group);
@@ -107,18 +97,6 @@ QWidget* BleRfPanel::buildToneGroup() {
     row->addWidget(power.at(0));
     row->addWidget(toneButton);
     connect(toneButton, &QPushButton::clicked, this, &BleRfPanel::toneClicked);
-    return group;
-}
-
-QWidget* BleRfPanel::buildDcGroup() {
-    auto* group = new SysGroupBox(this, TabWinBase::word("rfTest/ble/dcTest"));
-    auto* row = new SysHLayout(group);
-    const QList<QWidget*> value =
-        sysMakeNumberRow(TabWinBase::word("rfTest/ble/dcTest/value"), 0, 0xFFF, group);
-    dcValueEdit = qobject_cast<SysNumberEdit*>(value.at(1));
-    dcButton = TabWinBase::button(group, "rfTest/ble/dcTest/exec", this, &BleRfPanel::setDc);
-    row->addWidget(value.at(0));
-    row->addWidget(dcButton);
     return group;
 }
 

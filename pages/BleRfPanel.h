@@ -12,9 +12,9 @@ public:
 
     // Handlers, on the interface thread.
     void txClicked();
-    void rxClicked();
+    void rxClicked() override;
     void toneClicked();
-    void setDc();
+    void setDc() override;
     void adjustPower();
     void resetBle();
     // Sets the power limit register for FCC or back to plain; false when the write failed.
@@ -33,7 +33,5 @@ public:
 private:
     QWidget* buildParamGroup();
     QWidget* buildTxGroup();
-    QWidget* buildRxGroup();
     QWidget* buildToneGroup();
-    QWidget* buildDcGroup();
 };

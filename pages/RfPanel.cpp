@@ -1,8 +1,12 @@
 #include "pages/RfPanel.h"
 
+#include "kit/SysButton.h"
 #include "kit/SysComboBox.h"
+#include "kit/SysGroupBox.h"
+#include "kit/SysHLayout.h"
 #include "kit/SysNumberEdit.h"
 #include "kit/SysStateButton.h"
+#include "kit/SysVLayout.h"
 #include "pages/CmdWindow.h"
 
 RfPanel::RfPanel(CmdWindow* page, QWidget* parent, const char* startFirstKey)
@@ -61,6 +65,28 @@ void RfPanel::setDcWith(bool (AppQZ4420Imple::*set)(ComPort&, int), const char* 
         page_->infoLine(successKey, value);
     else
         page_->errorLine(failedKey, value);
+}
+
+QWidget* RfPanel::rxGroup(const QByteArray& key) {
+    auto* group = new SysGroupBox(this, TabWinBase::word(key));
+    auto* column = new SysVLayout(group);
+    rxButton = runButton(group, key + "/start", key + "/stop");
+    column->addWidget(rxButton);
+    column->addStretch(1);
+    connect(rxButton, &QPushButton::clicked, this, &RfPanel::rxClicked);
+    return group;
+}
+
+QWidget* RfPanel::dcGroup(const QByteArray& key) {
+    auto* group = new SysGroupBox(this, TabWinBase::word(key));
+    auto* row = new SysHLayout(group);
+    const QList<QWidget*> value =
+        sysMakeNumberRow(TabWinBase::word(key + "/value"), 0, 0xFFF, group);
+    dcValueEdit = qobject_cast<SysNumberEdit*>(value.at(1));
+    dcButton = TabWinBase::button(group, key + "/exec", this, &RfPanel::setDc);
+    row->addWidget(value.at(0));
+    row->addWidget(dcButton);
+    return group;
 }
 
 void RfPanel::watchFccBox() {

@@ -20,6 +20,9 @@ class RfPanel : public SysWidget {
 public:
     // Lays the FCC setting over the radio or takes it off; false after the failure's line.
     virtual bool setFcc(bool enable) = 0;
+    // The receive test's button and the DC button.
+    virtual void rxClicked() = 0;
+    virtual void setDc() = 0;
 
     SysComboBox* fccBox = nullptr;
     SysStateButton* txButton = nullptr;
@@ -51,6 +54,10 @@ protected:
                    const char* failedKey, const char* successKey);
     // Follows the FCC box from now on; call once the box and the TX button are made.
     void watchFccBox();
+    // The receive group under `key` with its start/stop button, and the DC group with its
+    // value and button.
+    QWidget* rxGroup(const QByteArray& key);
+    QWidget* dcGroup(const QByteArray& key);
 
     CmdWindow* page_;
 

@@ -53,10 +53,10 @@ WifiRfPanel::WifiRfPanel(CmdWindow* page, QWidget* parent)
     column->addWidget(buildParamGroup());
     auto* middle = new SysHLayout(nullptr);
     middle->addWidget(buildTxGroup());
-    middle->addWidget(buildRxGroup());
+    middle->addWidget(rxGroup("rfTest/wifi/rxTest"));
     auto* bottom = new SysHLayout(nullptr);
-    for (QWidget* group :
-         {buildSingleToneGroup(), buildDcGroup(), buildCfoGroup(), buildPaBiasGroup()})
+    for (QWidget* group : {buildSingleToneGroup(), dcGroup("rfTest/wifi/dcTest"), buildCfoGroup(),
+                           buildPaBiasGroup()})
         bottom->addWidget(group);
     column->addLayout(middle);
     column->addLayout(bottom);
@@ -125,34 +125,12 @@ QWidget* WifiRfPanel::buildTxGroup() {
     return group;
 }
 
-QWidget* WifiRfPanel::buildRxGroup() {
-    auto* group = new SysGroupBox(this, TabWinBase::word("rfTest/wifi/rxTest"));
-    auto* column = new SysVLayout(group);
-    rxButton = runButton(group, "rfTest/wifi/rxTest/start", "rfTest/wifi/rxTest/stop");
-    column->addWidget(rxButton);
-    column->addStretch(1);
-    connect(rxButton, &QPushButton::clicked, this, &WifiRfPanel::rxClicked);
-    return group;
-}
-
 QWidget* WifiRfPanel::buildSingleToneGroup() {
     auto* group = new SysGroupBox(this, TabWinBase::word("rfTest/wifi/singleToneTest"));
     auto* column = new SysVLayout(group);
     singleToneButton = TabWinBase::button(group, "rfTest/wifi/singleToneTest/start", this,
                                           &WifiRfPanel::startSingleTone);
     column->addWidget(singleToneButton);
-    return group;
-}
-
-QWidget* WifiRfPanel::buildDcGroup() {
-    auto* group = new SysGroupBox(this, TabWinBase::word("rfTest/wifi/dcTest"));
-    auto* row = new SysHLayout(group);
-    const QList<QWidget*> value =
-        sysMakeNumberRow(TabWinBase::word("rfTest/wifi/dcTest/value"), 0, 0xFFF, group);
-    dcValueEdit = qobject_cast<SysNumberEdit*>(value.at(1));
-    dcButton = TabWinBase::button(group, "rfTest/wifi/dcTest/exec", this, &WifiRfPanel::setDc);
-    row->addWidget(value.at(0));
-    row->addWidget(dcButton);
     return group;
 }
 

@@ -15,9 +15,9 @@ public:
 
     // Handlers, on the interface thread.
     void txClicked();
-    void rxClicked();
+    void rxClicked() override;
     void startSingleTone();
-    void setDc();
+    void setDc() override;
     void setCfo();
     void setPaBias();
     void adjustPower();
@@ -51,9 +51,7 @@ public:
 private:
     QWidget* buildParamGroup();
     QWidget* buildTxGroup();
-    QWidget* buildRxGroup();
     QWidget* buildSingleToneGroup();
-    QWidget* buildDcGroup();
     QWidget* buildCfoGroup();
     QWidget* buildPaBiasGroup();
     void modeChanged(int mode);
