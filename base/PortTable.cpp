@@ -6,6 +6,7 @@
 #include <QMutex>
 #include <QMutexLocker>
 #include <QRegularExpression>
+#include <QSerialPortInfo>
 #include <QStandardPaths>
 
 namespace {
@@ -67,6 +68,14 @@ QString PortTable::deviceOf(const QString& name) {
 QString PortTable::virtualPortDir() {
     return QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) +
            QStringLiteral("/bramble/ports");
+}
+
+QStringList PortTable::allPorts() {
+    QStringList names;
+    const QList<QSerialPortInfo> infos = QSerialPortInfo::availablePorts();
+    for (const QSerialPortInfo& info : infos)
+        names << info.portName();
+    return names << virtualPorts();
 }
 
 QStringList PortTable::virtualPorts() {

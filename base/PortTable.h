@@ -23,4 +23,6 @@ public:
 
     // Names of the virtual ports that are there now, sorted.
     static QStringList virtualPorts();
+    // Every port a user can pick now: the system's serial ports, then the virtual ports.
+    static QStringList allPorts();
 };

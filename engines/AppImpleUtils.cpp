@@ -297,6 +297,22 @@ QStringList AppImpleUtils::keyNames() {
     return {QStringLiteral("partition"), QStringLiteral("uboot")};
 }
 
+bool AppImpleUtils::orderPartitionItems(QList<NvItem>& items) {
+    const QStringList keys = keyNames();
+    QList<NvItem> keyItems;
+    QList<NvItem> others;
+    for (const NvItem& item : qAsConst(items)) {
+        if (keys.contains(item.name.toLower()))
+            keyItems.append({item.name.toLower(), item.value.toLower(), item.desc});
+        else
+            others.append(item);
+    }
+    if (keyItems.size() != keys.size())
+        return false;
+    items = keyItems + others;
+    return true;
+}
+
 quint32 AppImpleUtils::crc32Of(quint32 start, const unsigned char* bytes, int count) {
     if (!bytes || count <= 0)
         return start;

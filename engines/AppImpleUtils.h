@@ -34,6 +34,10 @@ public:
 
     // The names of the key items of a partition image: "partition" and "uboot".
     static QStringList keyNames();
+    // What a "partition" image holds: the key items first, name and value lower-cased, in the
+    // order they came, then the others as they stand. False, with the list unchanged, unless
+    // each key name stands exactly once (in any case).
+    static bool orderPartitionItems(QList<NvItem>& items);
     // CRC-32 (reflected polynomial 0xEDB88320), continuing from start; 0 starts afresh.
     static quint32 crc32Of(quint32 start, const unsigned char* bytes, int count);
 };

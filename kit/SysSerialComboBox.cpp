@@ -5,7 +5,6 @@
 #include "kit/SysWidget.h"
 
 #include <QFile>
-#include <QSerialPortInfo>
 
 #include <sys/stat.h>
 #include <time.h>
@@ -99,11 +98,7 @@ bool SysSerialComboBox::listingMayHaveChanged() {
 }
 
 void SysSerialComboBox::relist(const QString& cur) {
-    QStringList names;
-    const QList<QSerialPortInfo> infos = QSerialPortInfo::availablePorts();
-    for (const QSerialPortInfo& info : infos)
-        names << info.portName();
-    names << PortTable::virtualPorts();
+    const QStringList names = PortTable::allPorts();
     const int found = names.indexOf(cur);
 
     // Rebuilt whole, so that a port that came back shows up again; the choice follows its

@@ -249,19 +249,8 @@ void BlendWindow::saveImage() {
 }
 
 bool BlendWindow::partitionCheck(QList<NvItem>& items) {
-    const QStringList keys = AppImpleUtils::keyNames();
-    QList<NvItem> keyItems;
-    QList<NvItem> others;
-    for (const NvItem& item : qAsConst(items)) {
-        if (keys.contains(item.name.toLower()))
-            keyItems.append({item.name.toLower(), item.value.toLower(), item.desc});
-        else
-            others.append(item);
-    }
-    if (keyItems.size() != keys.size()) {
-        errorLine("blend/setting/partitionNeedIncludeItemFmt", keys.join(','));
-        return false;
-    }
-    items = keyItems + others;
-    return true;
+    if (AppImpleUtils::orderPartitionItems(items))
+        return true;
+    errorLine("blend/setting/partitionNeedIncludeItemFmt", AppImpleUtils::keyNames().join(','));
+    return false;
 }

@@ -1,0 +1,42 @@
+#include "cli/CliOutput.h"
+
+#include <QJsonDocument>
+
+namespace {
+
+QString levelName(SYS_LOG_LEVEL level) {
+    switch (level) {
+    case SYS_LOG_ERROR:
+        return QStringLiteral("error");
+    case SYS_LOG_WARN:
+        return QStringLiteral("warn");
+    case SYS_LOG_DEBUG:
+        return QStringLiteral("debug");
+    default:
+        return QStringLiteral("info");
+    }
+}
+
+} // namespace
+
+CliOutput::CliOutput(QTextStream& out, QTextStream& err, bool json)
+    : out_(out), err_(err), json_(json) {}
+
+void CliOutput::log(SYS_LOG_LEVEL level, const QString& text) {
+    if (json_) {
+        result({{"type", "log"}, {"level", levelName(level)}, {"text", text}}, {});
+        return;
+    }
+    err_ << (level == SYS_LOG_ERROR ? QStringLiteral("bramble-cli: ") : QString()) << text << '\n';
+    err_.flush();
+}
+
+void CliOutput::result(const QJsonObject& object, const QStringList& plain) {
+    if (json_) {
+        out_ << QJsonDocument(object).toJson(QJsonDocument::Compact) << '\n';
+    } else {
+        for (const QString& line : plain)
+            out_ << line << '\n';
+    }
+    out_.flush();
+}

@@ -1,0 +1,152 @@
+#include "cli/CliApp.h"
+#include "engines/AppImpleUtils.h"
+#include "sim/BoardSim.h"
+#include "support/QtPrinters.h"
+
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+namespace {
+
+// One call of the command line, in this process, with what it printed.
+struct Call {
+    int status = -1;
+    QString out;
+    QString err;
+    // Each line of standard output as a JSON object; a line that is none fails the test.
+    QList<QJsonObject> objects() const {
+        QList<QJsonObject> list;
+        for (const QString& line : out.split('\n', Qt::SkipEmptyParts)) {
+            QJsonParseError error;
+            const QJsonDocument doc = QJsonDocument::fromJson(line.toUtf8(), &error);
+            EXPECT_TRUE(doc.isObject()) << line.toStdString();
+            list << doc.object();
+        }
+        return list;
+    }
+};
+
+Call cli(const QStringList& args) {
+    Call call;
+    QTextStream out(&call.out);
+    QTextStream err(&call.err);
+    CliApp app(out, err);
+    call.status = app.run(args);
+    return call;
+}
+
+void writeFile(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+} // namespace
+
+TEST(Cli, AllInOneImagesAreMadeAndShown) {
+    QTemporaryDir dir;
+    writeFile(dir.filePath("stub.bin"), QByteArray(300, '\x11'));
+    writeFile(dir.filePath("app.bin"), QByteArray(5000, '\x22'));
+    writeFile(dir.filePath("boot:v2.bin"), QByteArray(64, '\x33'));
+    const QString image = dir.filePath("aio.bin");
+    const Call made = cli({"aio", "create", "--stub", dir.filePath("stub.bin"), "--stub-addr",
+                           "0x20000", "--file", "0x10000:" + dir.filePath("app.bin"), "--file",
+                           "20100:" + dir.filePath("boot:v2.bin") + ":ram", "--out", image});
+    ASSERT_EQ(made.status, 0) << made.err.toStdString();
+
+    const Call shown = cli({"aio", "show", image, "--json"});
+    EXPECT_EQ(shown.status, 0);
+    // The engine's lines come first, as log objects, then the image.
+    QList<QJsonObject> objects = shown.objects();
+    ASSERT_FALSE(objects.isEmpty());
+    for (int i = 0; i + 1 < objects.size(); ++i)
+        EXPECT_EQ(objects[i]["type"].toString(), "log");
+    objects = {objects.last()};
+    EXPECT_EQ(objects[0]["type"].toString(), "aio");
+    EXPECT_EQ(objects[0]["stub"].toObject()["addr"].toString(), "0x00020000");
+    EXPECT_EQ(objects[0]["stub"].toObject()["size"].toInt(), 300);
+    const QJsonArray entries = objects[0]["entries"].toArray();
+    ASSERT_EQ(entries.size(), 2);
+    EXPECT_EQ(entries[0].toObject()["addr"].toString(), "0x00010000");
+    EXPECT_EQ(entries[0].toObject()["size"].toInt(), 5000);
+    EXPECT_FALSE(entries[0].toObject()["ram"].toBool());
+    EXPECT_EQ(entries[1].toObject()["addr"].toString(), "0x00020100");
+    EXPECT_TRUE(entries[1].toObject()["ram"].toBool());
+    const Call plain = cli({"aio", "show", image});
+    EXPECT_EQ(plain.out.split('\n', Qt::SkipEmptyParts).size(), 3) << plain.out.toStdString();
+}
+
+TEST(Cli, NvImagesToAndFromConfFiles) {
+    QTemporaryDir dir;
+    AppImpleUtils utils;
+    const QString conf = dir.filePath("in.conf");
+    ASSERT_TRUE(utils.saveConfFile(
+        {{"ssid", "Bench", "the network"}, {"UBOOT", "ABC", ""}, {"partition", "t1", ""}}, conf));
+    const QString image = dir.filePath("p.bin");
+    EXPECT_EQ(
+        cli({"nv", "from-conf", conf, "--type", "partition", "--size", "8", "--out", image}).status,
+        0);
+    EXPECT_EQ(QFile(image).size(), 8192);
+    const Call shown = cli({"nv", "show", image, "--json"});
+    const QJsonObject nv = shown.objects().value(0);
+    EXPECT_EQ(nv["imageType"].toString(), "partition");
+    const QJsonArray items = nv["items"].toArray();
+    ASSERT_EQ(items.size(), 3);
+    EXPECT_EQ(items[0].toObject()["name"].toString(), "uboot");
+    EXPECT_EQ(items[0].toObject()["value"].toString(), "abc");
+    EXPECT_EQ(items[2].toObject()["value"].toString(), "Bench");
+
+    const QString back = dir.filePath("back.conf");
+    EXPECT_EQ(cli({"nv", "to-conf", image, "--out", back}).status, 0);
+    QList<NvItem> read;
+    ASSERT_TRUE(utils.loadConfFile(back, read));
+    EXPECT_EQ(read.size(), 3);
+
+    // Without both key items a partition image is refused and nothing is written.
+    ASSERT_TRUE(utils.saveConfFile({{"ssid", "x", ""}}, conf));
+    const Call refused = cli({"nv", "from-conf", conf, "--type", "partition", "--size", "4",
+                              "--out", dir.filePath("none.bin"), "--json"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.objects().last()["level"].toString(), "error");
+    EXPECT_FALSE(QFile::exists(dir.filePath("none.bin")));
+}
+
+TEST(Cli, BadInputIsOneLineAndAStatus) {
+    QTemporaryDir dir;
+    writeFile(dir.filePath("junk.bin"), QByteArray(4096, '\x5a'));
+    struct Case {
+        QStringList args;
+        int status;
+        const char* says;
+    };
+    const Case cases[] = {
+        {{"frob"}, 2, "unknown command: frob"},
+        {{"aio", "create", "--stub", "s", "--stub-addr", "zz", "--out", "o"}, 2, "hex number"},
+        {{"aio", "create", "--stub", "s", "--stub-addr", "0", "--file", "0xq:a.bin", "--out", "o"},
+         2,
+         "--file 0xq:a.bin"},
+        {{"aio", "show", dir.filePath("junk.bin")}, 1, "is no all-in-one image"},
+        {{"nv", "show", dir.filePath("junk.bin")}, 1, "is no NV image"},
+        {{"nv", "from-conf", "c", "--type", "big", "--size", "4", "--out", "o"}, 2, "--type"},
+        {{"nv", "show", "--bogus", "x"}, 2, "bogus"},
+    };
+    for (const Case& c : cases) {
+        const Call call = cli(c.args);
+        EXPECT_EQ(call.status, c.status) << c.args.join(' ').toStdString();
+        EXPECT_TRUE(call.err.contains(c.says)) << call.err.toStdString();
+        EXPECT_TRUE(call.out.isEmpty());
+    }
+}
+
+TEST(Cli, PortsListsTheVirtualPortsToo) {
+    BoardSim board;
+    ASSERT_TRUE(board.publish("cliBoardA"));
+    const Call call = cli({"ports", "--json"});
+    EXPECT_EQ(call.status, 0);
+    EXPECT_TRUE(call.objects().value(0)["ports"].toArray().contains("cliBoardA"));
+}
