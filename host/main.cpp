@@ -16,6 +16,7 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QScreen>
@@ -29,9 +30,14 @@
 
 namespace {
 
+// Beside the build folder's program folders, or in lib/bramble of an installed prefix.
 QString defaultPluginPath() {
-    return QDir(QCoreApplication::applicationDirPath())
-        .filePath(QStringLiteral("../" BRAMBLE_PLUGIN_NAME));
+    const QDir programs(QCoreApplication::applicationDirPath());
+    const QString installed =
+        programs.filePath(QStringLiteral("../lib/bramble/" BRAMBLE_PLUGIN_NAME));
+    if (QFileInfo::exists(installed))
+        return installed;
+    return programs.filePath(QStringLiteral("../" BRAMBLE_PLUGIN_NAME));
 }
 
 void showAbout(PluginUIBase* window) {
