@@ -5,18 +5,30 @@
 #include "engines/AppImpleUtils.h"
 #include "engines/AppQZ4420Imple.h"
 #include "engines/SysByteArray.h"
+#include "pages/DownloadRun.h"
+#include "pages/DownloadSession.h"
+#include "shell/MainWindow.h"
 
 #include <QCommandLineParser>
+#include <QElapsedTimer>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonObject>
 
 #include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
 
 namespace {
 
 const char kUsage[] =
     "usage: bramble-cli <command> [options]\n"
     "  ports [--json]\n"
+    "  download --port P [--port P ...] (--image AIO.bin | --stub FILE [--file ADDR:PATH[:ram] "
+    "...])\n"
+    "           [--start-addr HEX] [--boot-baud N] [--baud N] [--no-reset] [--small-blocks] "
+    "[--json]\n"
     "  aio create --stub FILE --stub-addr HEX --file ADDR:PATH[:ram] ... --out FILE\n"
     "  aio show FILE [--json]\n"
     "  nv show IMAGE [--json]\n"
@@ -48,17 +60,23 @@ QString imageTypeName(int type) {
 
 } // namespace
 
-CliApp::CliApp(QTextStream& out, QTextStream& err) : out_(out), err_(err) {}
+CliApp::CliApp(QTextStream& out, QTextStream& err) : out_(out), err_(err) {
+    // The lines of the runs are the download page's, in English.
+    words_.load(QStringLiteral(":/texts/en.tsv"));
+}
 
 int CliApp::run(const QStringList& args) {
     const QStringList words = QStringList{QStringLiteral("bramble-cli")} + args;
     const bool json = args.contains(QStringLiteral("--json"));
     CliOutput output(out_, err_, json);
     output_ = &output;
+    MainWindow::useWords(&words_);
     const QString command = args.value(0);
     int status = BadCall;
     if (command == QLatin1String("ports"))
         status = ports(words);
+    else if (command == QLatin1String("download"))
+        status = download(words);
     else if (command == QLatin1String("aio"))
         status = aio(words);
     else if (command == QLatin1String("nv"))
@@ -68,6 +86,7 @@ int CliApp::run(const QStringList& args) {
         usage(QString());
     else
         usage(QStringLiteral("unknown command: %1").arg(command));
+    MainWindow::useWords(nullptr);
     output_ = nullptr;
     return status;
 }
@@ -274,4 +293,149 @@ int CliApp::nv(const QStringList& args) {
     }
     usage(QStringLiteral("nv takes show, to-conf or from-conf"));
     return BadCall;
+}
+
+namespace {
+
+// Why a port cannot be used, in words a user can act on; empty when it can.
+QString portProblem(const QString& name) {
+    const QString device = PortTable::deviceOf(name);
+    const QFileInfo info(device);
+    if (!info.exists())
+        return QStringLiteral("no port %1 (%2 does not exist)").arg(name, device);
+    if (!info.isReadable() || !info.isWritable())
+        return QStringLiteral("no permission to use %1: add yourself to the dialout group "
+                              "(sudo usermod -aG dialout $USER) and log in again")
+            .arg(device);
+    return QString();
+}
+
+struct BoardRun {
+    QString port;
+    bool ok = false;
+    double seconds = 0;
+    QString failingLine;
+};
+
+} // namespace
+
+int CliApp::download(const QStringList& args) {
+    QCommandLineParser parser;
+    parser.addOption(
+        {QStringLiteral("port"), QStringLiteral("A board's port."), QStringLiteral("port")});
+    parser.addOption(
+        {QStringLiteral("image"), QStringLiteral("All-in-one image."), QStringLiteral("file")});
+    parser.addOption(
+        {QStringLiteral("stub"), QStringLiteral("Stub file."), QStringLiteral("file")});
+    parser.addOption(
+        {QStringLiteral("file"), QStringLiteral("An entry."), QStringLiteral("addr:path[:ram]")});
+    parser.addOption({QStringLiteral("start-addr"), QStringLiteral("Start address."),
+                      QStringLiteral("hex"), QStringLiteral("0x200000")});
+    parser.addOption({QStringLiteral("boot-baud"), QStringLiteral("Rate of the boot ROM."),
+                      QStringLiteral("n"), QStringLiteral("115200")});
+    parser.addOption({QStringLiteral("baud"), QStringLiteral("Download rate."), QStringLiteral("n"),
+                      QStringLiteral("2000000")});
+    parser.addOption({QStringLiteral("no-reset"), QStringLiteral("No reset over RTS.")});
+    parser.addOption({QStringLiteral("small-blocks"), QStringLiteral("1024-byte blocks.")});
+    if (!parse(parser, args, 1, QStringLiteral("no positional arguments")))
+        return BadCall;
+    const QStringList ports = parser.values(QStringLiteral("port"));
+    const bool image = parser.isSet(QStringLiteral("image"));
+    if (ports.isEmpty() || image == parser.isSet(QStringLiteral("stub"))) {
+        usage(QStringLiteral("download needs --port and either --image or --stub"));
+        return BadCall;
+    }
+    uint32_t startAddr = 0;
+    bool bootOk = false;
+    bool baudOk = false;
+    parser.value(QStringLiteral("boot-baud")).toInt(&bootOk);
+    parser.value(QStringLiteral("baud")).toInt(&baudOk);
+    if (!hexValue(parser.value(QStringLiteral("start-addr")), startAddr) || !bootOk || !baudOk) {
+        usage(QStringLiteral("--start-addr takes a hex number, --boot-baud and --baud numbers"));
+        return BadCall;
+    }
+    DownloadSettings settings;
+    settings.runMode = image ? 1 : 0;
+    settings.uartBoot = !parser.isSet(QStringLiteral("no-reset"));
+    settings.bigBlock = !parser.isSet(QStringLiteral("small-blocks"));
+    settings.bootBaud = parser.value(QStringLiteral("boot-baud"));
+    settings.dlBaud = parser.value(QStringLiteral("baud"));
+    settings.startupAddr = parser.value(QStringLiteral("start-addr"));
+    settings.aioPath = parser.value(QStringLiteral("image"));
+    settings.stubPath = parser.value(QStringLiteral("stub"));
+    for (const QString& spec : parser.values(QStringLiteral("file"))) {
+        const int first = spec.indexOf(':');
+        QString path = spec.mid(first + 1);
+        DownloadRow row;
+        row.selected = true;
+        row.toRam = path.endsWith(QLatin1String(":ram"));
+        if (row.toRam)
+            path.chop(4);
+        row.path = path;
+        row.addr = spec.left(first);
+        uint32_t addr = 0;
+        if (first < 1 || path.isEmpty() || !hexValue(row.addr, addr)) {
+            usage(QStringLiteral("--file %1 is not ADDR:PATH[:ram] with a hex address").arg(spec));
+            return BadCall;
+        }
+        settings.rows.append(row);
+    }
+    for (const QString& port : ports) {
+        const QString problem = portProblem(port);
+        if (!problem.isEmpty()) {
+            output_->error(problem);
+            return Failed;
+        }
+    }
+
+    // Each board on a thread of its own, with its own port, engines and session.
+    std::vector<BoardRun> runs(size_t(ports.size()));
+    std::mutex printing;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < ports.size(); ++i) {
+        runs[size_t(i)].port = ports[i];
+        threads.emplace_back([&, i] {
+            BoardRun& run = runs[size_t(i)];
+            auto session = std::make_shared<DownloadSession>(
+                PageSession::Sink([&](SYS_LOG_LEVEL level, const QString& line) {
+                    std::lock_guard<std::mutex> lock(printing);
+                    // The step's own line comes before the run's closing "failed".
+                    if (level == SYS_LOG_ERROR && run.failingLine.isEmpty())
+                        run.failingLine = line;
+                    output_->log(level, line, run.port);
+                }));
+            session->hookEngine(&session->engine);
+            DownloadSettings mine = settings;
+            mine.portNumber = PortTable::numberOf(run.port);
+            QElapsedTimer timer;
+            timer.start();
+            run.ok = DownloadRun(session, mine).run();
+            run.seconds = timer.nsecsElapsed() / 1e9;
+            session->detach();
+        });
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+
+    bool all = true;
+    QJsonArray boards;
+    QStringList table{QStringLiteral("%1  %2  %3  %4")
+                          .arg(QStringLiteral("board"), -12)
+                          .arg(QStringLiteral("result"), -7)
+                          .arg(QStringLiteral("seconds"), 8)
+                          .arg(QStringLiteral("failing line"))};
+    for (const BoardRun& run : runs) {
+        all = all && run.ok;
+        boards.append(QJsonObject{{"board", run.port},
+                                  {"ok", run.ok},
+                                  {"seconds", run.seconds},
+                                  {"failingLine", run.ok ? QString() : run.failingLine}});
+        table << QStringLiteral("%1  %2  %3  %4")
+                     .arg(run.port, -12)
+                     .arg(run.ok ? QStringLiteral("ok") : QStringLiteral("FAILED"), -7)
+                     .arg(run.seconds, 8, 'f', 2)
+                     .arg(run.ok ? QString() : run.failingLine);
+    }
+    output_->result({{"type", "summary"}, {"ok", all}, {"boards", boards}}, table);
+    return all ? Ok : Failed;
 }

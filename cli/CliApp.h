@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/HostTextFiles.h"
+
 #include <QString>
 #include <QStringList>
 #include <QTextStream>
@@ -23,6 +25,7 @@ private:
     // Each command parses its own options from `args` (the call's words, the program's name
     // first, as QCommandLineParser wants them).
     int ports(const QStringList& args);
+    int download(const QStringList& args);
     int aio(const QStringList& args);
     int nv(const QStringList& args);
 
@@ -35,4 +38,5 @@ private:
     QTextStream& out_;
     QTextStream& err_;
     CliOutput* output_ = nullptr;
+    HostTextFiles words_;
 };

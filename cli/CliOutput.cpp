@@ -22,12 +22,19 @@ QString levelName(SYS_LOG_LEVEL level) {
 CliOutput::CliOutput(QTextStream& out, QTextStream& err, bool json)
     : out_(out), err_(err), json_(json) {}
 
-void CliOutput::log(SYS_LOG_LEVEL level, const QString& text) {
+void CliOutput::log(SYS_LOG_LEVEL level, const QString& text, const QString& board) {
     if (json_) {
-        result({{"type", "log"}, {"level", levelName(level)}, {"text", text}}, {});
+        QJsonObject line{{"type", "log"}, {"level", levelName(level)}, {"text", text}};
+        if (!board.isEmpty())
+            line.insert(QStringLiteral("board"), board);
+        result(line, {});
         return;
     }
-    err_ << (level == SYS_LOG_ERROR ? QStringLiteral("bramble-cli: ") : QString()) << text << '\n';
+    if (!board.isEmpty())
+        err_ << '[' << board << "] ";
+    else if (level == SYS_LOG_ERROR)
+        err_ << "bramble-cli: ";
+    err_ << text << '\n';
     err_.flush();
 }
 

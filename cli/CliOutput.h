@@ -15,8 +15,9 @@ public:
     CliOutput(QTextStream& out, QTextStream& err, bool json);
 
     bool json() const { return json_; }
-    // A log line of the given level (an engine's, or the command line's own).
-    void log(SYS_LOG_LEVEL level, const QString& text);
+    // A log line of the given level (an engine's, or the command line's own), of one board
+    // when `board` is given. Callers on several threads take turns themselves.
+    void log(SYS_LOG_LEVEL level, const QString& text, const QString& board = QString());
     void error(const QString& text) { log(SYS_LOG_ERROR, text); }
     // A result: the object under --json, else the plain lines.
     void result(const QJsonObject& object, const QStringList& plain);

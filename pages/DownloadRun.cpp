@@ -51,7 +51,7 @@ DownloadSettings::Log DownloadRun::logger() {
     };
 }
 
-void DownloadRun::run() {
+bool DownloadRun::run() {
     session_->sendMsg(0, settings_.runMode);
     bool ok = prepare();
     if (ok) {
@@ -65,6 +65,7 @@ void DownloadRun::run() {
     // Free before message 1, so that a start made as soon as the controls are back is taken.
     session_->release();
     session_->sendMsg(1, settings_.runMode);
+    return ok;
 }
 
 bool DownloadRun::prepare() {

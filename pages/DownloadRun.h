@@ -14,8 +14,9 @@ class DownloadRun {
 public:
     DownloadRun(std::shared_ptr<DownloadSession> session, DownloadSettings settings);
 
-    // Runs the whole download on the calling thread, and frees the session before message 1.
-    void run();
+    // Runs the whole download on the calling thread, and frees the session before message 1;
+    // true when the software started (or the stub alone went in).
+    bool run();
     // Starts run() on a detached thread that keeps the session alive. False, and nothing
     // started, while another run holds the session.
     static bool start(std::shared_ptr<DownloadSession> session, DownloadSettings settings);

@@ -4,15 +4,20 @@
 
 PageSession::PageSession(TabWinBase* page) : page_(page) {}
 
+PageSession::PageSession(Sink sink) : sink_(std::move(sink)) {}
+
 void PageSession::detach() {
     std::lock_guard<std::mutex> lock(mutex_);
     page_ = nullptr;
+    sink_ = nullptr;
 }
 
 void PageSession::log(SYS_LOG_LEVEL level, const std::function<QString()>& line) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (page_)
         page_->addLog(level, line());
+    else if (sink_)
+        sink_(level, line());
 }
 
 void PageSession::sendMsg(int id, const QVariant& value) {

@@ -17,7 +17,11 @@ class TabWinBase;
 // lines and messages are dropped instead of reaching a dead page.
 class PageSession {
 public:
+    using Sink = std::function<void(SYS_LOG_LEVEL level, const QString& line)>;
+
     explicit PageSession(TabWinBase* page);
+    // A session without a page (the command line's): lines go to `sink`, messages nowhere.
+    explicit PageSession(Sink sink);
     virtual ~PageSession() = default;
 
     AppQZ4420Imple engine;
@@ -39,5 +43,6 @@ public:
 private:
     std::atomic<bool> busy_{false};
     std::mutex mutex_;
-    TabWinBase* page_;
+    TabWinBase* page_ = nullptr;
+    Sink sink_;
 };

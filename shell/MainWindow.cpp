@@ -26,8 +26,19 @@ MainWindow* MainWindow::instance() {
     return static_cast<MainWindow*>(Create());
 }
 
+namespace {
+
+// The command line's words; while null, text() asks the window's.
+HostTextService* g_words = nullptr;
+
+} // namespace
+
+void MainWindow::useWords(HostTextService* words) {
+    g_words = words;
+}
+
 QString MainWindow::text(const QString& key) {
-    return instance()->textService()->text(key);
+    return g_words ? g_words->text(key) : instance()->textService()->text(key);
 }
 
 QString MainWindow::formatText(const char* key, ...) {

@@ -27,6 +27,9 @@ public:
 
     // The host's word for a key.
     static QString text(const QString& key);
+    // The words for a process without a window (the command line): text() and formatText()
+    // answer from `words` while no window has words of its own. Null ends it.
+    static void useWords(HostTextService* words);
     // The host's word for a key, filled printf-style like every logged line: a format's
     // conversions take the arguments, and "%%" in any word gives "%".
     static QString formatText(const char* key, ...);

@@ -1,6 +1,7 @@
 #include "cli/CliApp.h"
 #include "engines/AppImpleUtils.h"
 #include "sim/BoardSim.h"
+#include "sim/SimFault.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +11,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
+
+#include <memory>
+#include <vector>
 
 namespace {
 
@@ -149,4 +153,69 @@ TEST(Cli, PortsListsTheVirtualPortsToo) {
     const Call call = cli({"ports", "--json"});
     EXPECT_EQ(call.status, 0);
     EXPECT_TRUE(call.objects().value(0)["ports"].toArray().contains("cliBoardA"));
+}
+
+TEST(Cli, DownloadsToManyBoardsAtOnceAndFailsOnlyTheOneThatFails) {
+    QTemporaryDir dir;
+    QByteArray app(20 * 1024, '\0');
+    QByteArray data(4 * 1024, '\0');
+    for (int i = 0; i < app.size(); ++i)
+        app[i] = char(i * 7 + i / 251);
+    for (int i = 0; i < data.size(); ++i)
+        data[i] = char(255 - i % 253);
+    writeFile(dir.filePath("stub.bin"), QByteArray(2048, '\x5c'));
+    writeFile(dir.filePath("app.bin"), app);
+    writeFile(dir.filePath("data.bin"), data);
+    const QString image = dir.filePath("aio.bin");
+    ASSERT_EQ(cli({"aio", "create", "--stub", dir.filePath("stub.bin"), "--stub-addr", "0x20000000",
+                   "--file", "0x10000:" + dir.filePath("app.bin"), "--file",
+                   "0x200000:" + dir.filePath("data.bin"), "--out", image})
+                  .status,
+              0);
+
+    std::vector<std::unique_ptr<BoardSim>> boards;
+    QStringList args{"download", "--image", image, "--json"};
+    for (int i = 0; i < 4; ++i) {
+        boards.push_back(std::make_unique<BoardSim>());
+        ASSERT_TRUE(boards.back()->publish(QString("cliDl%1").arg(i)));
+        args << "--port" << QString("cliDl%1").arg(i);
+    }
+    boards[2]->inject(SimFault::state(1)); // the first frame after the stub is refused
+
+    const Call call = cli(args);
+    EXPECT_EQ(call.status, 1);
+    const QList<QJsonObject> objects = call.objects();
+    ASSERT_FALSE(objects.isEmpty());
+    const QJsonObject summary = objects.last();
+    EXPECT_EQ(summary["type"].toString(), "summary");
+    EXPECT_FALSE(summary["ok"].toBool());
+    const QJsonArray results = summary["boards"].toArray();
+    ASSERT_EQ(results.size(), 4);
+    for (int i = 0; i < 4; ++i) {
+        const QJsonObject board = results[i].toObject();
+        EXPECT_EQ(board["board"].toString(), QString("cliDl%1").arg(i));
+        EXPECT_EQ(board["ok"].toBool(), i != 2) << i;
+        if (i == 2) {
+            EXPECT_FALSE(board["failingLine"].toString().isEmpty());
+            continue;
+        }
+        EXPECT_EQ(boards[size_t(i)]->flash(0x10000, uint32_t(app.size())), app) << i;
+        EXPECT_EQ(boards[size_t(i)]->flash(0x200000, uint32_t(data.size())), data) << i;
+    }
+    int board2Lines = 0;
+    for (const QJsonObject& object : objects)
+        board2Lines += object["board"].toString() == "cliDl2";
+    EXPECT_GT(board2Lines, 0);
+
+    // Run again, the fault spent and the boards back in their ROMs: every board takes it.
+    for (auto& board : boards)
+        board->reset();
+    const Call again = cli(args);
+    EXPECT_EQ(again.status, 0) << again.out.right(600).toStdString();
+    EXPECT_EQ(boards[2]->flash(0x10000, uint32_t(app.size())), app);
+
+    // A port that is not there is one line before anything starts.
+    const Call missing = cli({"download", "--port", "cliNowhere", "--image", image});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_TRUE(missing.err.contains("no port cliNowhere")) << missing.err.toStdString();
 }
