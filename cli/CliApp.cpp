@@ -7,6 +7,7 @@
 #include "engines/SysByteArray.h"
 #include "pages/DownloadRun.h"
 #include "pages/DownloadSession.h"
+#include "pages/FlashRun.h"
 #include "shell/MainWindow.h"
 
 #include <QCommandLineParser>
@@ -25,10 +26,15 @@ namespace {
 const char kUsage[] =
     "usage: bramble-cli <command> [options]\n"
     "  ports [--json]\n"
-    "  download --port P [--port P ...] (--image AIO.bin | --stub FILE [--file ADDR:PATH[:ram] "
-    "...])\n"
-    "           [--start-addr HEX] [--boot-baud N] [--baud N] [--no-reset] [--small-blocks] "
-    "[--json]\n"
+    "  download --port P [--port P ...]\n"
+    "           (--image AIO.bin | --stub FILE [--file ADDR:PATH[:ram] ...])\n"
+    "           [--start-addr HEX] [--boot-baud N] [--baud N] [--no-reset] [--small-blocks]\n"
+    "           [--verify] [--json]\n"
+    "  read-flash --port P --addr HEX --len HEX --out FILE [--baud N] [--json]\n"
+    "  erase --port P --addr HEX --len HEX [--json]\n"
+    "  erase-all --port P [--json]\n"
+    "  erase-ota --port P [--json]\n"
+    "  cmd --port P [--baud N] TEXT [--json]\n"
     "  aio create --stub FILE --stub-addr HEX --file ADDR:PATH[:ram] ... --out FILE\n"
     "  aio show FILE [--json]\n"
     "  nv show IMAGE [--json]\n"
@@ -54,6 +60,9 @@ template <typename Engine> void hookLog(Engine& engine, CliOutput& output) {
         [&output](SYS_LOG_LEVEL level, const QString& line) { output.log(level, line); });
 }
 
+// How long a firmware command waits for its "OK".
+constexpr int kCmdWaitMs = 500;
+
 QString imageTypeName(int type) {
     return type == 0 ? QStringLiteral("partition") : QStringLiteral("nv");
 }
@@ -77,6 +86,11 @@ int CliApp::run(const QStringList& args) {
         status = ports(words);
     else if (command == QLatin1String("download"))
         status = download(words);
+    else if (command == QLatin1String("read-flash") || command == QLatin1String("erase") ||
+             command == QLatin1String("erase-all") || command == QLatin1String("erase-ota"))
+        status = flash(words, command);
+    else if (command == QLatin1String("cmd"))
+        status = cmd(words);
     else if (command == QLatin1String("aio"))
         status = aio(words);
     else if (command == QLatin1String("nv"))
@@ -337,6 +351,7 @@ int CliApp::download(const QStringList& args) {
                       QStringLiteral("2000000")});
     parser.addOption({QStringLiteral("no-reset"), QStringLiteral("No reset over RTS.")});
     parser.addOption({QStringLiteral("small-blocks"), QStringLiteral("1024-byte blocks.")});
+    parser.addOption({QStringLiteral("verify"), QStringLiteral("Read the flash back.")});
     if (!parse(parser, args, 1, QStringLiteral("no positional arguments")))
         return BadCall;
     const QStringList ports = parser.values(QStringLiteral("port"));
@@ -358,6 +373,7 @@ int CliApp::download(const QStringList& args) {
     settings.runMode = image ? 1 : 0;
     settings.uartBoot = !parser.isSet(QStringLiteral("no-reset"));
     settings.bigBlock = !parser.isSet(QStringLiteral("small-blocks"));
+    settings.verify = parser.isSet(QStringLiteral("verify"));
     settings.bootBaud = parser.value(QStringLiteral("boot-baud"));
     settings.dlBaud = parser.value(QStringLiteral("baud"));
     settings.startupAddr = parser.value(QStringLiteral("start-addr"));
@@ -380,13 +396,9 @@ int CliApp::download(const QStringList& args) {
         }
         settings.rows.append(row);
     }
-    for (const QString& port : ports) {
-        const QString problem = portProblem(port);
-        if (!problem.isEmpty()) {
-            output_->error(problem);
+    for (const QString& port : ports)
+        if (!portUsable(port))
             return Failed;
-        }
-    }
 
     // Each board on a thread of its own, with its own port, engines and session.
     std::vector<BoardRun> runs(size_t(ports.size()));
@@ -438,4 +450,103 @@ int CliApp::download(const QStringList& args) {
     }
     output_->result({{"type", "summary"}, {"ok", all}, {"boards", boards}}, table);
     return all ? Ok : Failed;
+}
+
+bool CliApp::portUsable(const QString& port) {
+    const QString problem = portProblem(port);
+    if (!problem.isEmpty())
+        output_->error(problem);
+    return problem.isEmpty();
+}
+
+int CliApp::flash(const QStringList& args, const QString& command) {
+    const bool read = command == QLatin1String("read-flash");
+    const bool range = read || command == QLatin1String("erase");
+    QCommandLineParser parser;
+    parser.addOption(
+        {QStringLiteral("port"), QStringLiteral("The board's port."), QStringLiteral("port")});
+    if (range) {
+        parser.addOption(
+            {QStringLiteral("addr"), QStringLiteral("Start address."), QStringLiteral("hex")});
+        parser.addOption({QStringLiteral("len"), QStringLiteral("Length."), QStringLiteral("hex")});
+    }
+    if (read) {
+        parser.addOption(
+            {QStringLiteral("out"), QStringLiteral("File to write."), QStringLiteral("file")});
+        parser.addOption({QStringLiteral("baud"), QStringLiteral("Read-back rate."),
+                          QStringLiteral("n"), QStringLiteral("2000000")});
+    }
+    if (!parse(parser, args, 1, QStringLiteral("no positional arguments")))
+        return BadCall;
+    FlashSettings settings;
+    settings.portText = parser.value(QStringLiteral("port"));
+    settings.workBaud = QStringLiteral("115200");
+    settings.uploadBaud = parser.value(QStringLiteral("baud"));
+    settings.path = parser.value(QStringLiteral("out"));
+    bool baudOk = !read;
+    if (read)
+        settings.uploadBaud.toInt(&baudOk);
+    if (settings.portText.isEmpty() || (read && settings.path.isEmpty()) || !baudOk ||
+        (range && (!hexValue(parser.value(QStringLiteral("addr")), settings.address) ||
+                   !hexValue(parser.value(QStringLiteral("len")), settings.length)))) {
+        usage(QStringLiteral("%1 needs --port%2")
+                  .arg(command,
+                       read ? QStringLiteral(
+                                  ", --addr and --len as hex numbers, --out and a numeric --baud")
+                       : range ? QStringLiteral(", --addr and --len as hex numbers")
+                               : QString()));
+        return BadCall;
+    }
+    if (!portUsable(settings.portText))
+        return Failed;
+    settings.portNumber = PortTable::numberOf(settings.portText);
+    auto session = std::make_shared<PageSession>(PageSession::Sink(
+        [this](SYS_LOG_LEVEL level, const QString& line) { output_->log(level, line); }));
+    session->hookEngine(&session->engine);
+    const FlashRun::Action action = read                                ? FlashRun::Action::Upload
+                                    : command == QLatin1String("erase") ? FlashRun::Action::Erase
+                                    : command == QLatin1String("erase-all")
+                                        ? FlashRun::Action::EraseAll
+                                        : FlashRun::Action::EraseOta;
+    const bool ok = FlashRun(session, settings, action).run();
+    session->detach();
+    output_->result({{"type", "result"}, {"ok", ok}}, {});
+    return ok ? Ok : Failed;
+}
+
+int CliApp::cmd(const QStringList& args) {
+    QCommandLineParser parser;
+    parser.addOption(
+        {QStringLiteral("port"), QStringLiteral("The board's port."), QStringLiteral("port")});
+    parser.addOption({QStringLiteral("baud"), QStringLiteral("The port's rate."),
+                      QStringLiteral("n"), QStringLiteral("115200")});
+    if (!parse(parser, args, 2, QStringLiteral("one command text")))
+        return BadCall;
+    const QString port = parser.value(QStringLiteral("port"));
+    bool baudOk = false;
+    const int baud = parser.value(QStringLiteral("baud")).toInt(&baudOk);
+    if (port.isEmpty() || !baudOk) {
+        usage(QStringLiteral("cmd needs --port and a numeric --baud"));
+        return BadCall;
+    }
+    if (!portUsable(port))
+        return Failed;
+    AppQZ4420Imple engine;
+    hookLog(engine, *output_);
+    ComPort com;
+    if (!engine.openComPort(com, PortTable::numberOf(port), baud, false)) {
+        output_->error(QStringLiteral("cannot open %1").arg(port));
+        return Failed;
+    }
+    engine.setEcho(com, false, 0); // the reply without the command's echo
+    const QString text = parser.positionalArguments().at(1);
+    ByteBuffer reply;
+    const bool ok = engine.sendCmdRsp(com, text, QStringLiteral("OK"), reply, kCmdWaitMs);
+    com.close();
+    const QString answer = QString::fromStdString(reply.text()).trimmed();
+    output_->result({{"type", "reply"}, {"ok", ok}, {"command", text}, {"reply", answer}},
+                    {answer});
+    if (!ok)
+        output_->error(QStringLiteral("no \"OK\" from the board for %1").arg(text));
+    return ok ? Ok : Failed;
 }

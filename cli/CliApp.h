@@ -26,6 +26,11 @@ private:
     // first, as QCommandLineParser wants them).
     int ports(const QStringList& args);
     int download(const QStringList& args);
+    // read-flash, erase, erase-all and erase-ota: the flash page's actions.
+    int flash(const QStringList& args, const QString& command);
+    int cmd(const QStringList& args);
+    // False, after its line, for a port that does not exist or may not be opened.
+    bool portUsable(const QString& port);
     int aio(const QStringList& args);
     int nv(const QStringList& args);
 

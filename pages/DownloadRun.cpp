@@ -5,6 +5,8 @@
 #include "pages/DownloadSession.h"
 #include "shell/MainWindow.h"
 
+#include <QFile>
+
 #include <thread>
 
 namespace {
@@ -157,7 +159,7 @@ bool DownloadRun::fileStage() {
             return false;
         }
     }
-    return startStep();
+    return verifyStep(entries) && startStep();
 }
 
 bool DownloadRun::aioStage() {
@@ -207,7 +209,39 @@ bool DownloadRun::aioStage() {
             return false;
         }
     }
-    return startStep();
+    return verifyStep(entries) && startStep();
+}
+
+bool DownloadRun::verifyStep(const QVector<AioEntry>& entries) {
+    if (!settings_.verify)
+        return true;
+    logInfo([&] { return line("download/dlTab/verifyStart"); });
+    for (const AioEntry& entry : entries) {
+        if (entry.toRam)
+            continue;
+        QByteArray expected(reinterpret_cast<const char*>(entry.data.data()), entry.data.size());
+        if (!entry.path.isEmpty()) {
+            QFile file(entry.path);
+            if (file.open(QIODevice::ReadOnly))
+                expected = file.readAll();
+        }
+        SysByteArray stored;
+        if (!session_->engine.readFlash(session_->port, entry.startAddr, uint32_t(expected.size()),
+                                        stored)) {
+            logError([&] { return line("download/dlTab/verifyReadFailedFmt", entry.startAddr); });
+            return false;
+        }
+        const QByteArray& got = stored.bytes();
+        for (int i = 0; i < expected.size(); ++i) {
+            if (i >= got.size() || got[i] != expected[i]) {
+                const unsigned at = entry.startAddr + unsigned(i);
+                logError([&] { return line("download/dlTab/verifyFailedFmt", at); });
+                return false;
+            }
+        }
+    }
+    logInfo([&] { return line("download/dlTab/verifySuccess"); });
+    return true;
 }
 
 bool DownloadRun::switchBaud() {

@@ -30,6 +30,9 @@ private:
     bool fileStage();
     bool aioStage();
     bool switchBaud();
+    // With verify on: every flash entry read back and compared; entries without data are
+    // read from their files.
+    bool verifyStep(const QVector<AioEntry>& entries);
     bool startStep();
 
     void logError(const DownloadSettings::Line& line);

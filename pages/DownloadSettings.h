@@ -35,6 +35,9 @@ public:
     QString stubPath;
     QString aioPath;
     QVector<DownloadRow> rows;
+    // Read every flash entry back before the software starts, and fail at the first byte that
+    // differs. The page leaves it off; the command line's --verify turns it on.
+    bool verify = false;
 
     // The selected rows as entries, in list order; false after one logged line.
     bool collectEntries(QVector<AioEntry>& out, const Log& log) const;

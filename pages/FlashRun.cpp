@@ -41,26 +41,28 @@ void FlashRun::logInfo(const char* key) {
     session_->log(SYS_LOG_INFO, [key] { return MainWindow::formatText(key); });
 }
 
-void FlashRun::run() {
+bool FlashRun::run() {
     const int msg = action_ == Action::Upload ? kUploadMsg : kEraseMsg;
     session_->sendMsg(msg, true);
+    bool ok = false;
     switch (action_) {
     case Action::Upload:
-        upload();
+        ok = upload();
         break;
     case Action::Erase:
-        erase();
+        ok = erase();
         break;
     case Action::EraseAll:
-        eraseAll();
+        ok = eraseAll();
         break;
     case Action::EraseOta:
-        eraseOta();
+        ok = eraseOta();
         break;
     }
     // Free before the last message, so that a click made as soon as the page is back is taken.
     session_->release();
     session_->sendMsg(msg, false);
+    return ok;
 }
 
 bool FlashRun::openPort(ComPort& port) {

@@ -23,8 +23,9 @@ public:
 
     FlashRun(std::shared_ptr<PageSession> session, FlashSettings settings, Action action);
 
-    // Runs the action on the calling thread, and frees the session before the last message.
-    void run();
+    // Runs the action on the calling thread, and frees the session before the last message;
+    // true when it succeeded.
+    bool run();
     // Starts run() on a detached thread that keeps the session alive. False, and nothing
     // started, while another action holds the session.
     static bool start(std::shared_ptr<PageSession> session, FlashSettings settings, Action action);

@@ -1049,11 +1049,22 @@ bool BoardSim::inFlash(uint32_t addr, uint32_t len) const {
     return addr >= opt_.flashBase && uint64_t(addr - opt_.flashBase) + len <= opt_.flashSize;
 }
 
+void BoardSim::flipNextStore(uint32_t addr) {
+    Lock lock(mutex_);
+    flipAt_ = addr;
+}
+
 void BoardSim::writeFlash(uint32_t addr, const QByteArray& bytes) {
     for (int i = 0; i < bytes.size(); ++i) {
         const uint64_t at = uint64_t(addr) + uint64_t(i);
-        if (at >= opt_.flashBase && at - opt_.flashBase < opt_.flashSize)
-            flash_[int(at - opt_.flashBase)] = bytes[i];
+        if (at < opt_.flashBase || at - opt_.flashBase >= opt_.flashSize)
+            continue;
+        char byte = bytes[i];
+        if (int64_t(at) == flipAt_) {
+            byte = char(~byte);
+            flipAt_ = -1;
+        }
+        flash_[int(at - opt_.flashBase)] = byte;
     }
 }
 

@@ -89,6 +89,9 @@ public:
     // Absolute addresses. flash() gives the part of the range that lies in the flash.
     QByteArray flash(uint32_t addr, uint32_t len) const;
     void setFlash(uint32_t addr, const QByteArray& bytes);
+    // The next flash write that covers addr stores that byte with every bit flipped: a board
+    // that stores a block wrong.
+    void flipNextStore(uint32_t addr);
     // RAM is sparse: bytes never written read 0.
     QByteArray ram(uint32_t addr, uint32_t len) const;
     // The address of the last start-software request, 0 before the first.
@@ -251,6 +254,7 @@ private:
     TimePoint frameLast_;
     Download dl_;
     QByteArray flash_;
+    int64_t flipAt_ = -1; // see flipNextStore
     std::map<uint32_t, QByteArray> ram_; // pages of kRamPage bytes by page address
     uint32_t startedAt_ = 0;
     std::deque<SimFault> faults_;

@@ -2,6 +2,7 @@
 #include "engines/AppImpleUtils.h"
 #include "sim/BoardSim.h"
 #include "sim/SimFault.h"
+#include "sim/SimFirmware.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
@@ -218,4 +219,64 @@ TEST(Cli, DownloadsToManyBoardsAtOnceAndFailsOnlyTheOneThatFails) {
     const Call missing = cli({"download", "--port", "cliNowhere", "--image", image});
     EXPECT_EQ(missing.status, 1);
     EXPECT_TRUE(missing.err.contains("no port cliNowhere")) << missing.err.toStdString();
+}
+
+TEST(Cli, VerifyReadsTheFlashBackAndTheFlashAndFirmwareCommandsRun) {
+    QTemporaryDir dir;
+    QByteArray app(6000, '\0');
+    for (int i = 0; i < app.size(); ++i)
+        app[i] = char(i % 241);
+    writeFile(dir.filePath("stub.bin"), QByteArray(1024, '\x5c'));
+    writeFile(dir.filePath("app.bin"), app);
+    const QString image = dir.filePath("aio.bin");
+    ASSERT_EQ(cli({"aio", "create", "--stub", dir.filePath("stub.bin"), "--stub-addr", "0x20000000",
+                   "--file", "0x10000:" + dir.filePath("app.bin"), "--out", image})
+                  .status,
+              0);
+
+    // A board that stores one byte wrong fails at that byte's address.
+    BoardSim board;
+    ASSERT_TRUE(board.publish("cliVerify"));
+    board.flipNextStore(0x10000 + 5000);
+    const Call bad =
+        cli({"download", "--port", "cliVerify", "--image", image, "--verify", "--json"});
+    EXPECT_EQ(bad.status, 1);
+    const QJsonObject failed = bad.objects().last()["boards"].toArray()[0].toObject();
+    EXPECT_FALSE(failed["ok"].toBool());
+    EXPECT_TRUE(failed["failingLine"].toString().contains("0x11388"))
+        << failed["failingLine"].toString().toStdString();
+    board.reset();
+    const Call good = cli({"download", "--port", "cliVerify", "--image", image, "--verify"});
+    EXPECT_EQ(good.status, 0) << good.err.toStdString();
+    EXPECT_TRUE(good.err.contains("[cliVerify] The flash holds the image."));
+
+    // The flash page's actions on a board whose software speaks frames.
+    BoardSim::Options frames;
+    frames.framesFromStart = true;
+    BoardSim flashBoard(frames);
+    ASSERT_TRUE(flashBoard.publish("cliFlash"));
+    flashBoard.setFlash(0x30000, app.left(0x200));
+    const QString out = dir.filePath("read.bin");
+    EXPECT_EQ(cli({"read-flash", "--port", "cliFlash", "--addr", "0x30000", "--len", "200", "--out",
+                   out, "--baud", "921600"})
+                  .status,
+              0);
+    QFile read(out);
+    ASSERT_TRUE(read.open(QIODevice::ReadOnly));
+    EXPECT_EQ(read.readAll(), app.left(0x200));
+    EXPECT_EQ(cli({"erase", "--port", "cliFlash", "--addr", "30000", "--len", "1000"}).status, 0);
+    EXPECT_EQ(flashBoard.flash(0x30000, 0x200), QByteArray(0x200, '\xff'));
+    EXPECT_EQ(cli({"erase", "--port", "cliFlash", "--addr", "0x3q", "--len", "1"}).status, 2);
+
+    // One firmware command and its reply.
+    BoardSim running;
+    SimFirmware firmware(running);
+    running.startFirmware();
+    ASSERT_TRUE(running.publish("cliFirmware"));
+    const Call reply = cli({"cmd", "--port", "cliFirmware", "get_version_type", "--json"});
+    EXPECT_EQ(reply.status, 0) << reply.err.toStdString();
+    const QJsonObject answer = reply.objects().last();
+    EXPECT_EQ(answer["type"].toString(), "reply");
+    EXPECT_TRUE(answer["reply"].toString().startsWith("0,"))
+        << answer["reply"].toString().toStdString();
 }
