@@ -431,20 +431,27 @@ int CliApp::download(const QStringList& args) {
 
     bool all = true;
     QJsonArray boards;
-    QStringList table{QStringLiteral("%1  %2  %3  %4")
+    // The bytes a board takes: the image, or the stub and the files.
+    qint64 bytes = image ? QFileInfo(settings.aioPath).size() : QFileInfo(settings.stubPath).size();
+    for (const DownloadRow& row : qAsConst(settings.rows))
+        bytes += QFileInfo(row.path).size();
+    QStringList table{QStringLiteral("%1  %2  %3  %4  %5")
                           .arg(QStringLiteral("board"), -12)
                           .arg(QStringLiteral("result"), -7)
+                          .arg(QStringLiteral("bytes"), 9)
                           .arg(QStringLiteral("seconds"), 8)
                           .arg(QStringLiteral("failing line"))};
     for (const BoardRun& run : runs) {
         all = all && run.ok;
         boards.append(QJsonObject{{"board", run.port},
                                   {"ok", run.ok},
+                                  {"bytes", bytes},
                                   {"seconds", run.seconds},
                                   {"failingLine", run.ok ? QString() : run.failingLine}});
-        table << QStringLiteral("%1  %2  %3  %4")
+        table << QStringLiteral("%1  %2  %3  %4  %5")
                      .arg(run.port, -12)
                      .arg(run.ok ? QStringLiteral("ok") : QStringLiteral("FAILED"), -7)
+                     .arg(bytes, 9)
                      .arg(run.seconds, 8, 'f', 2)
                      .arg(run.ok ? QString() : run.failingLine);
     }

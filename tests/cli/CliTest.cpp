@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -195,6 +196,7 @@ TEST(Cli, DownloadsToManyBoardsAtOnceAndFailsOnlyTheOneThatFails) {
     for (int i = 0; i < 4; ++i) {
         const QJsonObject board = results[i].toObject();
         EXPECT_EQ(board["board"].toString(), QString("cliDl%1").arg(i));
+        EXPECT_EQ(board["bytes"].toInt(), QFileInfo(image).size());
         EXPECT_EQ(board["ok"].toBool(), i != 2) << i;
         if (i == 2) {
             EXPECT_FALSE(board["failingLine"].toString().isEmpty());
