@@ -209,8 +209,7 @@ int CliApp::aio(const QStringList& args) {
             output_->error(QStringLiteral("cannot make %1").arg(out));
             return Failed;
         }
-        output_->result({{"type", "result"}, {"ok", true}, {"out", out}},
-                        {QStringLiteral("wrote %1").arg(out)});
+        output_->wrote(out);
         return Ok;
     }
     usage(QStringLiteral("aio takes show or create"));
@@ -246,8 +245,7 @@ int CliApp::nv(const QStringList& args) {
                 output_->error(QStringLiteral("cannot write %1").arg(out));
                 return Failed;
             }
-            output_->result({{"type", "result"}, {"ok", true}, {"out", out}},
-                            {QStringLiteral("wrote %1").arg(out)});
+            output_->wrote(out);
             return Ok;
         }
         QJsonArray list;
@@ -301,8 +299,7 @@ int CliApp::nv(const QStringList& args) {
                                .arg(typeName));
             return Failed;
         }
-        output_->result({{"type", "result"}, {"ok", true}, {"out", out}},
-                        {QStringLiteral("wrote %1").arg(out)});
+        output_->wrote(out);
         return Ok;
     }
     usage(QStringLiteral("nv takes show, to-conf or from-conf"));

@@ -38,6 +38,11 @@ void CliOutput::log(SYS_LOG_LEVEL level, const QString& text, const QString& boa
     err_.flush();
 }
 
+void CliOutput::wrote(const QString& path) {
+    result({{"type", "result"}, {"ok", true}, {"out", path}},
+           {QStringLiteral("wrote %1").arg(path)});
+}
+
 void CliOutput::result(const QJsonObject& object, const QStringList& plain) {
     if (json_) {
         out_ << QJsonDocument(object).toJson(QJsonDocument::Compact) << '\n';

@@ -21,6 +21,8 @@ public:
     void error(const QString& text) { log(SYS_LOG_ERROR, text); }
     // A result: the object under --json, else the plain lines.
     void result(const QJsonObject& object, const QStringList& plain);
+    // The result of a command that made a file.
+    void wrote(const QString& path);
 
 private:
     QTextStream& out_;
