@@ -69,7 +69,8 @@ QString imageTypeName(int type) {
 
 } // namespace
 
-CliApp::CliApp(QTextStream& out, QTextStream& err) : out_(out), err_(err) {
+CliApp::CliApp(QTextStream& out, QTextStream& err, bool liveTerminal)
+    : out_(out), err_(err), liveTerminal_(liveTerminal) {
     // The lines of the runs are the download page's, in English.
     words_.load(QStringLiteral(":/texts/en.tsv"));
 }
@@ -77,7 +78,7 @@ CliApp::CliApp(QTextStream& out, QTextStream& err) : out_(out), err_(err) {
 int CliApp::run(const QStringList& args) {
     const QStringList words = QStringList{QStringLiteral("bramble-cli")} + args;
     const bool json = args.contains(QStringLiteral("--json"));
-    CliOutput output(out_, err_, json);
+    CliOutput output(out_, err_, json, liveTerminal_);
     output_ = &output;
     MainWindow::useWords(&words_);
     const QString command = args.value(0);
@@ -401,6 +402,7 @@ int CliApp::download(const QStringList& args) {
     std::vector<BoardRun> runs(size_t(ports.size()));
     std::mutex printing;
     std::vector<std::thread> threads;
+    output_->beginBoards(ports);
     for (int i = 0; i < ports.size(); ++i) {
         runs[size_t(i)].port = ports[i];
         threads.emplace_back([&, i] {
@@ -425,6 +427,7 @@ int CliApp::download(const QStringList& args) {
     }
     for (std::thread& thread : threads)
         thread.join();
+    output_->endBoards();
 
     bool all = true;
     QJsonArray boards;

@@ -15,7 +15,8 @@ class QCommandLineParser;
 // is one clear line.
 class CliApp {
 public:
-    CliApp(QTextStream& out, QTextStream& err);
+    // `liveTerminal`: standard error is a terminal, where running boards get a live line each.
+    CliApp(QTextStream& out, QTextStream& err, bool liveTerminal = false);
 
     int run(const QStringList& args);
 
@@ -42,6 +43,7 @@ private:
 
     QTextStream& out_;
     QTextStream& err_;
+    bool liveTerminal_;
     CliOutput* output_ = nullptr;
     HostTextFiles words_;
 };

@@ -19,8 +19,30 @@ QString levelName(SYS_LOG_LEVEL level) {
 
 } // namespace
 
-CliOutput::CliOutput(QTextStream& out, QTextStream& err, bool json)
-    : out_(out), err_(err), json_(json) {}
+CliOutput::CliOutput(QTextStream& out, QTextStream& err, bool json, bool live)
+    : out_(out), err_(err), json_(json), live_(live && !json) {}
+
+void CliOutput::beginBoards(const QStringList& boards) {
+    if (!live_)
+        return;
+    boards_ = boards;
+    boardLines_ = QVector<QString>(boards.size()).toList();
+    for (int i = 0; i < boards_.size(); ++i)
+        err_ << '\n'; // the lines that the redraw goes back over
+    redrawBoards();
+}
+
+void CliOutput::endBoards() {
+    boards_.clear();
+    boardLines_.clear();
+}
+
+void CliOutput::redrawBoards() {
+    err_ << "\x1b[" << boards_.size() << 'A';
+    for (int i = 0; i < boards_.size(); ++i)
+        err_ << "\x1b[2K[" << boards_[i] << "] " << boardLines_[i] << '\n';
+    err_.flush();
+}
 
 void CliOutput::log(SYS_LOG_LEVEL level, const QString& text, const QString& board) {
     if (json_) {
@@ -28,6 +50,12 @@ void CliOutput::log(SYS_LOG_LEVEL level, const QString& text, const QString& boa
         if (!board.isEmpty())
             line.insert(QStringLiteral("board"), board);
         result(line, {});
+        return;
+    }
+    const int live = boards_.indexOf(board);
+    if (!board.isEmpty() && live >= 0) {
+        boardLines_[live] = text;
+        redrawBoards();
         return;
     }
     if (!board.isEmpty())

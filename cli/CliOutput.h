@@ -12,7 +12,8 @@
 // own objects.
 class CliOutput {
 public:
-    CliOutput(QTextStream& out, QTextStream& err, bool json);
+    // `live`: standard error is a terminal, on which boards get a live line each.
+    CliOutput(QTextStream& out, QTextStream& err, bool json, bool live = false);
 
     bool json() const { return json_; }
     // A log line of the given level (an engine's, or the command line's own), of one board
@@ -23,9 +24,18 @@ public:
     void result(const QJsonObject& object, const QStringList& plain);
     // The result of a command that made a file.
     void wrote(const QString& path);
+    // While boards run, a terminal shows one line per board, its latest, redrawn in place,
+    // instead of every line scrolling past. Elsewhere every line is printed.
+    void beginBoards(const QStringList& boards);
+    void endBoards();
 
 private:
+    void redrawBoards();
+
     QTextStream& out_;
     QTextStream& err_;
     bool json_;
+    bool live_;
+    QStringList boards_;     // while boards run on a terminal
+    QStringList boardLines_; // each one's latest line
 };

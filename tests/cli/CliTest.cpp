@@ -1,4 +1,5 @@
 #include "cli/CliApp.h"
+#include "cli/CliOutput.h"
 #include "engines/AppImpleUtils.h"
 #include "sim/BoardSim.h"
 #include "sim/SimFault.h"
@@ -281,4 +282,22 @@ TEST(Cli, VerifyReadsTheFlashBackAndTheFlashAndFirmwareCommandsRun) {
     EXPECT_EQ(answer["type"].toString(), "reply");
     EXPECT_TRUE(answer["reply"].toString().startsWith("0,"))
         << answer["reply"].toString().toStdString();
+}
+
+TEST(Cli, ATerminalShowsOneLiveLinePerBoard) {
+    QString out;
+    QString err;
+    QTextStream outStream(&out);
+    QTextStream errStream(&err);
+    CliOutput live(outStream, errStream, false, true);
+    live.beginBoards({"a", "b"});
+    live.log(SYS_LOG_INFO, "10%", "b");
+    live.log(SYS_LOG_ERROR, "refused", "a");
+    live.endBoards();
+    live.log(SYS_LOG_INFO, "after", "a");
+    EXPECT_TRUE(err.endsWith("\x1b[2A\x1b[2K[a] \n\x1b[2K[b] 10%\n"
+                             "\x1b[2A\x1b[2K[a] refused\n\x1b[2K[b] 10%\n"
+                             "[a] after\n"))
+        << err.toStdString();
+    EXPECT_TRUE(out.isEmpty());
 }
