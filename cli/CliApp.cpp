@@ -11,6 +11,8 @@
 #include "shell/MainWindow.h"
 
 #include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -309,6 +311,30 @@ int CliApp::nv(const QStringList& args) {
 
 namespace {
 
+// The first other process that has `device` open, as "name (pid N)"; empty when none can be
+// seen (the system shows a user only its own processes, or all of them to root).
+QString holderOf(const QString& device) {
+    const QString target = QFileInfo(device).canonicalFilePath();
+    const QString self = QString::number(QCoreApplication::applicationPid());
+    const QStringList pids =
+        QDir(QStringLiteral("/proc")).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString& pid : pids) {
+        if (pid == self || pid.toInt() <= 0)
+            continue;
+        const QDir fds(QStringLiteral("/proc/%1/fd").arg(pid));
+        for (const QFileInfo& fd : fds.entryInfoList(QDir::System | QDir::NoDotAndDotDot)) {
+            if (fd.symLinkTarget() != target)
+                continue;
+            QFile comm(QStringLiteral("/proc/%1/comm").arg(pid));
+            const QString name = comm.open(QIODevice::ReadOnly)
+                                     ? QString::fromLocal8Bit(comm.readAll()).trimmed()
+                                     : QString();
+            return QStringLiteral("%1 (pid %2)").arg(name, pid);
+        }
+    }
+    return QString();
+}
+
 // Why a port cannot be used, in words a user can act on; empty when it can.
 QString portProblem(const QString& name) {
     const QString device = PortTable::deviceOf(name);
@@ -319,6 +345,9 @@ QString portProblem(const QString& name) {
         return QStringLiteral("no permission to use %1: add yourself to the dialout group "
                               "(sudo usermod -aG dialout $USER) and log in again")
             .arg(device);
+    const QString holder = holderOf(device);
+    if (!holder.isEmpty())
+        return QStringLiteral("%1 is in use by %2").arg(name, holder);
     return QString();
 }
 

@@ -13,7 +13,9 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QProcess>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <memory>
 #include <vector>
@@ -300,4 +302,23 @@ TEST(Cli, ATerminalShowsOneLiveLinePerBoard) {
                              "[a] after\n"))
         << err.toStdString();
     EXPECT_TRUE(out.isEmpty());
+}
+
+TEST(Cli, APortAnotherProgramHoldsIsNamedWithTheProgram) {
+    BoardSim board;
+    ASSERT_TRUE(board.publish("cliHeld"));
+    QProcess holder;
+    holder.start(
+        "sh", {"-c", "exec 3<>\"$0\"; exec sleep 5", QString::fromStdString(board.devicePath())});
+    ASSERT_TRUE(holder.waitForStarted(2000));
+    // The shell opens the port, then becomes sleep with the port still open.
+    Call call;
+    for (int i = 0; i < 50 && !call.err.contains("sleep"); ++i) {
+        QThread::msleep(20);
+        call = cli({"download", "--port", "cliHeld", "--image", "none.bin"});
+    }
+    EXPECT_EQ(call.status, 1);
+    EXPECT_TRUE(call.err.contains("cliHeld is in use by sleep (pid ")) << call.err.toStdString();
+    holder.kill();
+    holder.waitForFinished(2000);
 }
