@@ -205,8 +205,9 @@ TEST(Cli, DownloadsToManyBoardsAtOnceAndFailsOnlyTheBoardsThatFail) {
         EXPECT_EQ(board["ok"].toBool(), i < 2) << i;
         if (i >= 2) {
             EXPECT_FALSE(board["failingLine"].toString().isEmpty());
-            if (i == 3)
+            if (i == 3) {
                 EXPECT_EQ(board["failingLine"].toString(), "No sync answer from the board.");
+            }
             continue;
         }
         EXPECT_EQ(boards[size_t(i)]->flash(0x10000, uint32_t(app.size())), app) << i;
