@@ -3,6 +3,7 @@
 #include "base/PortTable.h"
 #include "cli/CliOutput.h"
 #include "engines/AppImpleUtils.h"
+#include "engines/AppQZ4410Imple.h"
 #include "engines/AppQZ4420Imple.h"
 #include "engines/SysByteArray.h"
 #include "pages/DownloadRun.h"
@@ -147,6 +148,9 @@ int CliApp::aio(const QStringList& args) {
         if (!parse(parser, args, 3, QStringLiteral("one all-in-one image")))
             return BadCall;
         const QString path = parser.positionalArguments().at(2);
+        QFile file(path);
+        if (file.open(QIODevice::ReadOnly) && file.read(4) == "beno")
+            return showBenoImage(path);
         SysByteArray stub;
         QVector<AioEntry> entries;
         uint32_t stubAddr = 0;
@@ -167,6 +171,7 @@ int CliApp::aio(const QStringList& args) {
                          .arg(entry.data.size());
         }
         output_->result({{"type", "aio"},
+                         {"format", "oneb"},
                          {"stub", QJsonObject{{"addr", hex(stubAddr)}, {"size", stub.size()}}},
                          {"entries", list}},
                         plain);
@@ -585,4 +590,27 @@ int CliApp::cmd(const QStringList& args) {
     if (!ok)
         output_->error(QStringLiteral("no \"OK\" from the board for %1").arg(text));
     return ok ? Ok : Failed;
+}
+
+int CliApp::showBenoImage(const QString& path) {
+    AppQZ4410Imple engine;
+    hookLog(engine, *output_);
+    QList<AioItem> items;
+    if (!engine.parseAio(path, items)) {
+        output_->error(QStringLiteral("%1 is no all-in-one image").arg(path));
+        return Failed;
+    }
+    QJsonArray list;
+    QStringList plain;
+    for (const AioItem& item : qAsConst(items)) {
+        list.append(QJsonObject{{"type", int(item.dlType)},
+                                {"addr", hex(item.startAddr)},
+                                {"size", int(item.data.size())}});
+        plain << QStringLiteral("type %1  %2  %3 bytes")
+                     .arg(item.dlType)
+                     .arg(hex(item.startAddr))
+                     .arg(item.data.size());
+    }
+    output_->result({{"type", "aio"}, {"format", "beno"}, {"entries", list}}, plain);
+    return Ok;
 }

@@ -34,6 +34,8 @@ private:
     bool portUsable(const QString& port);
     int aio(const QStringList& args);
     int nv(const QStringList& args);
+    // The QZ4410's all-in-one image ("beno"): its records' download types, addresses, sizes.
+    int showBenoImage(const QString& path);
 
     // Parses `args` with the options the command added, plus --json and --help; false after a
     // line for an unknown option or a missing positional argument.

@@ -86,6 +86,21 @@ TEST(Cli, AllInOneImagesAreMadeAndShown) {
     EXPECT_FALSE(entries[0].toObject()["ram"].toBool());
     EXPECT_EQ(entries[1].toObject()["addr"].toString(), "0x00020100");
     EXPECT_TRUE(entries[1].toObject()["ram"].toBool());
+    // The QZ4410's kind: "beno", a count, then type, address and length before each record.
+    QByteArray beno("beno\x02\0\0\0", 8);
+    beno += QByteArray("\x03\0\0\0\0\0\x02\0\x04\0\0\0", 12) + "abcd";
+    beno += QByteArray("\x01\0\0\0\0\x10\0\0\x02\0\0\0", 12) + "ef";
+    writeFile(dir.filePath("beno.bin"), beno);
+    const QJsonObject shownBeno =
+        cli({"aio", "show", dir.filePath("beno.bin"), "--json"}).objects().last();
+    EXPECT_EQ(shownBeno["format"].toString(), "beno");
+    const QJsonArray records = shownBeno["entries"].toArray();
+    ASSERT_EQ(records.size(), 2);
+    EXPECT_EQ(records[0].toObject()["type"].toInt(), 3);
+    EXPECT_EQ(records[0].toObject()["addr"].toString(), "0x00020000");
+    EXPECT_EQ(records[1].toObject()["addr"].toString(), "0x00001000");
+    EXPECT_EQ(records[1].toObject()["size"].toInt(), 2);
+
     const Call plain = cli({"aio", "show", image});
     EXPECT_EQ(plain.out.split('\n', Qt::SkipEmptyParts).size(), 3) << plain.out.toStdString();
 }
