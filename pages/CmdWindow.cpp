@@ -7,7 +7,6 @@
 #include "kit/SysSerialComboBox.h"
 #include "kit/SysStateButton.h"
 #include "kit/SysTab.h"
-#include "kit/SysWidget.h"
 #include "pages/BasicPanel.h"
 #include "pages/BleRfPanel.h"
 #include "pages/EfusePanel.h"

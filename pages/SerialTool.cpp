@@ -22,7 +22,6 @@
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QPointer>
-#include <QScrollBar>
 #include <QTextBlock>
 #include <QTextCursor>
 
