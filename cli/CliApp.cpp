@@ -56,6 +56,28 @@ bool hexValue(const QString& text, uint32_t& value) {
     return ok && !digits.isEmpty();
 }
 
+// One --file: ADDR:PATH[:ram] with a hexadecimal address; a path may hold colons of its own.
+struct FileSpec {
+    QString addrText;
+    uint32_t addr = 0;
+    QString path;
+    bool toRam = false;
+};
+
+bool readFileSpec(const QString& spec, FileSpec& out) {
+    const int first = spec.indexOf(':');
+    out.addrText = spec.left(first);
+    out.path = spec.mid(first + 1);
+    out.toRam = out.path.endsWith(QLatin1String(":ram"));
+    if (out.toRam)
+        out.path.chop(4);
+    return first >= 1 && !out.path.isEmpty() && hexValue(out.addrText, out.addr);
+}
+
+QString badFileSpec(const QString& spec) {
+    return QStringLiteral("--file %1 is not ADDR:PATH[:ram] with a hex address").arg(spec);
+}
+
 // The engines' lines go to the call's output.
 template <typename Engine> void hookLog(Engine& engine, CliOutput& output) {
     QObject::connect(
@@ -196,20 +218,15 @@ int CliApp::aio(const QStringList& args) {
         }
         QVector<AioEntry> entries;
         for (const QString& spec : parser.values(QStringLiteral("file"))) {
-            // ADDR:PATH[:ram]; a path may hold colons of its own.
-            const int first = spec.indexOf(':');
-            QString path = spec.mid(first + 1);
-            AioEntry entry;
-            if (path.endsWith(QLatin1String(":ram"))) {
-                entry.toRam = true;
-                path.chop(4);
-            }
-            entry.path = path;
-            if (first < 1 || path.isEmpty() || !hexValue(spec.left(first), entry.startAddr)) {
-                usage(QStringLiteral("--file %1 is not ADDR:PATH[:ram] with a hex address")
-                          .arg(spec));
+            FileSpec file;
+            if (!readFileSpec(spec, file)) {
+                usage(badFileSpec(spec));
                 return BadCall;
             }
+            AioEntry entry;
+            entry.toRam = file.toRam;
+            entry.path = file.path;
+            entry.startAddr = file.addr;
             entries.append(entry);
         }
         const QString out = parser.value(QStringLiteral("out"));
@@ -412,20 +429,16 @@ int CliApp::download(const QStringList& args) {
     settings.aioPath = parser.value(QStringLiteral("image"));
     settings.stubPath = parser.value(QStringLiteral("stub"));
     for (const QString& spec : parser.values(QStringLiteral("file"))) {
-        const int first = spec.indexOf(':');
-        QString path = spec.mid(first + 1);
-        DownloadRow row;
-        row.selected = true;
-        row.toRam = path.endsWith(QLatin1String(":ram"));
-        if (row.toRam)
-            path.chop(4);
-        row.path = path;
-        row.addr = spec.left(first);
-        uint32_t addr = 0;
-        if (first < 1 || path.isEmpty() || !hexValue(row.addr, addr)) {
-            usage(QStringLiteral("--file %1 is not ADDR:PATH[:ram] with a hex address").arg(spec));
+        FileSpec file;
+        if (!readFileSpec(spec, file)) {
+            usage(badFileSpec(spec));
             return BadCall;
         }
+        DownloadRow row;
+        row.selected = true;
+        row.toRam = file.toRam;
+        row.path = file.path;
+        row.addr = file.addrText;
         settings.rows.append(row);
     }
     for (const QString& port : ports)

@@ -7,7 +7,6 @@
 #include "kit/SysLabel.h"
 #include "kit/SysLineEdit.h"
 #include "kit/SysNumberEdit.h"
-#include "kit/SysStyle.h"
 #include "kit/SysTable.h"
 
 #include <QFile>
@@ -90,10 +89,7 @@ void BlendWindow::buildTable() {
 
 void BlendWindow::makeRow(int index) {
     Row& r = rows_[index];
-    r.number = new SysLabel(table, QString::number(index + 1));
-    r.number->setTextColor("#888");
-    r.number->setBackgroundColor(sysLighten("#C0C0C0", 0.75f));
-    r.number->setAlignment(Qt::AlignCenter);
+    r.number = rowNumber(table, index + 1);
     table->setCellWidget(index, 0, r.number);
     QString NvItem::*const fields[] = {&NvItem::name, &NvItem::value, &NvItem::desc};
     SysLineEdit* Row::*const edits[] = {&Row::name, &Row::value, &Row::desc};

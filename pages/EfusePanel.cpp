@@ -119,11 +119,7 @@ void EfusePanel::addRow(const char* titleKey, Kind kind, ReadWrite readWrite,
 
     const int index = rows.size();
     table->ensureRow(index);
-    auto* number = new SysLabel(table, QString::number(index + 1));
-    number->setTextColor("#888");
-    number->setBackgroundColor(sysLighten("#C0C0C0", 0.75f));
-    number->setAlignment(Qt::AlignCenter);
-    table->setCellWidget(index, 0, number);
+    table->setCellWidget(index, 0, TabWinBase::rowNumber(table, index + 1));
     table->setCellText(index, 1, row.title);
     table->setCellText(index, 2, row.desc);
     table->setCellWidget(index, 3, row.value);

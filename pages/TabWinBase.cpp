@@ -1,5 +1,7 @@
 #include "pages/TabWinBase.h"
 
+#include "kit/SysLabel.h"
+#include "kit/SysStyle.h"
 #include "shell/MainWindow.h"
 
 #include <cstdarg>
@@ -43,4 +45,12 @@ void TabWinBase::logInfo(const char* format, ...) {
 
 void TabWinBase::logV(SYS_LOG_LEVEL level, const char* format, va_list args) {
     addLog(level, QString::vasprintf(format, args));
+}
+
+SysLabel* TabWinBase::rowNumber(QWidget* parent, int number) {
+    auto* label = new SysLabel(parent, QString::number(number));
+    label->setTextColor("#888");
+    label->setBackgroundColor(sysLighten("#C0C0C0", 0.75f));
+    label->setAlignment(Qt::AlignCenter);
+    return label;
 }

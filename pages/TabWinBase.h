@@ -12,6 +12,8 @@
 #include <functional>
 #include <map>
 
+class SysLabel;
+
 // Base of the four tool pages. Worker threads reach the page's widgets only through
 // sendMsg: the handler registered under the id runs on the interface thread. Pages log into
 // the process log through addLog, logError and logInfo, from any thread.
@@ -35,6 +37,8 @@ public:
     static QStringList wordList(const char* key, QChar separator = '/') {
         return word(key).split(separator, Qt::KeepEmptyParts);
     }
+    // A table's row number: grey on a light shade of grey, centred.
+    static SysLabel* rowNumber(QWidget* parent, int number);
     // A kit button showing the word of `key`, its clicks going to `handler`.
     template <typename T>
     static SysButton* button(QWidget* parent, const char* key, T* receiver, void (T::*handler)()) {
