@@ -15,9 +15,9 @@
 #include "kit/SysTable.h"
 #include "kit/SysVLayout.h"
 #include "kit/SysWidget.h"
-#include "kit/SysXmlDocument.h"
 #include "pages/DownloadRun.h"
 #include "pages/DownloadSession.h"
+#include "pages/DownloadSettingFile.h"
 #include "shell/MainWindow.h"
 
 #include <QDir>
@@ -285,25 +285,6 @@ void DownloadWindow::setSettingDir(const QString& dir) {
         .setValue(QStringLiteral("settingDir"), dir);
 }
 
-bool DownloadWindow::writeSetting(const QString& path) {
-    SysXmlDocument xml;
-    xml.createDocument(QStringLiteral("GBK"));
-    QDomElement root = xml.createRoot(QStringLiteral("Root"));
-    QDomElement stub = xml.createChild(root, QStringLiteral("Stub"));
-    xml.setAttribute(stub, QStringLiteral("strFile"), stubSelect->pathEdit->text());
-    xml.setAttribute(stub, QStringLiteral("startupAddr"), startupAddrEdit->text());
-    QDomElement list = xml.createChild(root, QStringLiteral("FileList"));
-    auto flag = [](bool on) { return on ? QStringLiteral("true") : QStringLiteral("false"); };
-    for (const FileRow* row : fileRows) {
-        QDomElement file = xml.createChild(list, QStringLiteral("File"));
-        xml.setAttribute(file, QStringLiteral("isSelected"), flag(row->select->isChecked()));
-        xml.setAttribute(file, QStringLiteral("isToRam"), flag(row->toRam->isChecked()));
-        xml.setAttribute(file, QStringLiteral("strFile"), row->file->pathEdit->text());
-        xml.setAttribute(file, QStringLiteral("startAddr"), row->addr->text());
-    }
-    return xml.saveAs(path);
-}
-
 void DownloadWindow::exportSetting() {
     const QString path = SysFileDialog::getSaveFileName(this, windowTitle(), settingDir(),
                                                         QStringLiteral("*.setting"));
@@ -311,7 +292,12 @@ void DownloadWindow::exportSetting() {
         return;
     setSettingDir(QFileInfo(path).absolutePath());
     const std::string p = path.toStdString();
-    if (!writeSetting(path))
+    const DownloadSettings now = settings(0);
+    DownloadSettingFile file;
+    file.stubPath = now.stubPath;
+    file.startupAddr = now.startupAddr;
+    file.rows = now.rows;
+    if (!file.write(path))
         logError(fmt("download/dlTab/singleFileDL/saveFileFailedFmt").c_str(), p.c_str());
     else
         logInfo(fmt("download/dlTab/singleFileDL/exportSettingSuccessFmt").c_str(), p.c_str());
@@ -324,47 +310,33 @@ void DownloadWindow::importSetting() {
         return;
     setSettingDir(QFileInfo(path).absolutePath());
     const std::string p = path.toStdString();
-    SysXmlDocument xml;
-    if (!xml.load(path)) {
+    DownloadSettingFile file;
+    const DownloadSettingFile::Outcome outcome = file.read(path, fileRows.size());
+    if (outcome == DownloadSettingFile::Outcome::OpenFailed) {
         logError(fmt("download/dlTab/singleFileDL/openSettingFileFailedFmt").c_str(), p.c_str());
         return;
     }
-    const QDomElement root = xml.root();
-    if (root.tagName() != QLatin1String("Root")) {
+    if (outcome == DownloadSettingFile::Outcome::RootInvalid) {
         logError(fmt("download/dlTab/singleFileDL/rootNodeInvalid").c_str());
         return;
     }
-    const std::string badNode = fmt("download/dlTab/singleFileDL/fileNodeInvalidFmt");
-    for (QDomElement child = root.firstChildElement(); !child.isNull();
-         child = child.nextSiblingElement()) {
-        const QString name = child.tagName();
-        if (name == QLatin1String("Stub")) {
-            stubSelect->pathEdit->setText(child.attribute(QStringLiteral("strFile")));
-            startupAddrEdit->setText(child.attribute(QStringLiteral("startupAddr")));
-            continue;
-        }
-        if (name != QLatin1String("FileList")) {
-            logError(badNode.c_str(), name.toStdString().c_str());
-            return;
-        }
-        int n = 0;
-        for (QDomElement file = child.firstChildElement(); !file.isNull();
-             file = file.nextSiblingElement(), ++n) {
-            if (file.tagName() != QLatin1String("File")) {
-                logError(badNode.c_str(), file.tagName().toStdString().c_str());
-                return;
-            }
-            if (n >= fileRows.size())
-                break; // the list has its fixed rows; more entries have nowhere to go
-            FileRow* row = fileRows[n];
-            row->select->setChecked(
-                file.attribute(QStringLiteral("isSelected"), QStringLiteral("true")) ==
-                QLatin1String("true"));
-            row->toRam->setChecked(file.attribute(QStringLiteral("isToRam"),
-                                                  QStringLiteral("true")) == QLatin1String("true"));
-            row->file->pathEdit->setText(file.attribute(QStringLiteral("strFile")).trimmed());
-            row->addr->setText(file.attribute(QStringLiteral("startAddr")));
-        }
+    // What came before an element the reader does not know is shown all the same.
+    if (file.hasStub) {
+        stubSelect->pathEdit->setText(file.stubPath);
+        startupAddrEdit->setText(file.startupAddr);
+    }
+    for (int n = 0; n < file.rows.size(); ++n) {
+        const DownloadRow& from = file.rows[n];
+        FileRow* row = fileRows[n];
+        row->select->setChecked(from.selected);
+        row->toRam->setChecked(from.toRam);
+        row->file->pathEdit->setText(from.path);
+        row->addr->setText(from.addr);
+    }
+    if (outcome == DownloadSettingFile::Outcome::NodeInvalid) {
+        logError(fmt("download/dlTab/singleFileDL/fileNodeInvalidFmt").c_str(),
+                 file.badNode.toStdString().c_str());
+        return;
     }
     logInfo(fmt("download/dlTab/singleFileDL/importSettingSuccessFmt").c_str(), p.c_str());
 }

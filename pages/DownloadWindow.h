@@ -80,7 +80,6 @@ private:
     void setUpRun();
     DownloadSettings::Log pageLog();
     void fillRowFromPath(FileRow* row, const QString& path);
-    bool writeSetting(const QString& path);
 
     std::shared_ptr<DownloadSession> session_;
 };

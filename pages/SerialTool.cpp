@@ -13,7 +13,6 @@
 #include "kit/SysTextEdit.h"
 #include "kit/SysVLayout.h"
 #include "kit/SysWidget.h"
-#include "kit/SysXmlDocument.h"
 #include "pages/CmdWindow.h"
 #include "shell/HostTextService.h"
 
@@ -29,16 +28,10 @@ namespace {
 
 constexpr int kTerminalTab = 4;
 
-QString bit(bool on) {
-    return on ? QStringLiteral("1") : QStringLiteral("0");
-}
-
 } // namespace
 
 // The page's tab takes the terminal in; until then it has no parent.
 SerialTool::SerialTool(QWidget*) : SysSplitter(nullptr) {
-    for (int i = 0; i < kCmdItems; ++i)
-        cmdList.append(SerialCmdItem());
     loadConfig();
 
     // Turned before anything is in it: turning a full splitter lays out and styles it anew.
@@ -107,20 +100,23 @@ QWidget* SerialTool::buildInputGroup(QWidget* parent) {
     controls->setContentsMargins(0, 0, 0, 0);
     controls->addStretch(1);
     rtsBox = new SysCheckBox(group, QStringLiteral("RTS"));
-    rtsBox->setChecked(isRTS);
+    rtsBox->setChecked(config.isRTS);
     dtrBox = new SysCheckBox(group, QStringLiteral("DTR"));
-    dtrBox->setChecked(isDTR);
-    hexSendBox = flagBox(group, TabWinBase::word("cmd/oper/serial/input/isHexSend"), &isHexSend);
-    hexRecvBox = flagBox(group, TabWinBase::word("cmd/oper/serial/input/isHexRecv"), &isHexRecv);
+    dtrBox->setChecked(config.isDTR);
+    hexSendBox =
+        flagBox(group, TabWinBase::word("cmd/oper/serial/input/isHexSend"), &config.isHexSend);
+    hexRecvBox =
+        flagBox(group, TabWinBase::word("cmd/oper/serial/input/isHexRecv"), &config.isHexRecv);
     backspaceBox =
-        flagBox(group, TabWinBase::word("cmd/oper/serial/input/isBackspace"), &isBackspace);
-    returnBox = flagBox(group, TabWinBase::word("cmd/oper/serial/input/isReturn"), &isReturn);
+        flagBox(group, TabWinBase::word("cmd/oper/serial/input/isBackspace"), &config.isBackspace);
+    returnBox =
+        flagBox(group, TabWinBase::word("cmd/oper/serial/input/isReturn"), &config.isReturn);
     clearButton = TabWinBase::button(group, "cmd/oper/serial/input/clearRecvArea",
                                      static_cast<QTextEdit*>(outputEdit), &QTextEdit::clear);
     clearButton->setPadding(0.75f, 0.25f);
     cycleEdit = new SysNumberEdit(group, 0);
     cycleEdit->setRange(0, 65535);
-    cycleEdit->setValue(cycleValue);
+    cycleEdit->setValue(config.cycleValue);
     cycleEdit->setMinWidth(3);
     cycleEdit->setMaxWidth(3);
     cycleButton = new SysStateButton(group);
@@ -145,11 +141,11 @@ QWidget* SerialTool::buildInputGroup(QWidget* parent) {
 
     // Hooked once the boxes show the file's state, so loading sets no line.
     connect(rtsBox, &QCheckBox::toggled, this,
-            [this](bool on) { lineBoxToggled(rtsBox, on, &isRTS, &ComPort::setRts); });
+            [this](bool on) { lineBoxToggled(rtsBox, on, &config.isRTS, &ComPort::setRts); });
     connect(dtrBox, &QCheckBox::toggled, this,
-            [this](bool on) { lineBoxToggled(dtrBox, on, &isDTR, &ComPort::setDtr); });
+            [this](bool on) { lineBoxToggled(dtrBox, on, &config.isDTR, &ComPort::setDtr); });
     connect(cycleEdit, &SysNumberEdit::valueChangedPrivPriv, this, [this](int value) {
-        cycleValue = value;
+        config.cycleValue = value;
         saveConfig();
     });
     connect(cycleButton, &QPushButton::clicked, this, &SerialTool::cycleClicked);
@@ -183,16 +179,16 @@ QWidget* SerialTool::buildCmdTable() {
     cmdTable->setColumnWidth(2, 60);
     cmdTable->flexColumns.insert(0);
     cmdTable->horizontalHeader()->setStretchLastSection(false);
-    cmdTable->ensureRow(cmdList.size() - 1);
+    cmdTable->ensureRow(config.cmdList.size() - 1);
     cmdTable->setEditable(true);
     cmdTable->setHeaderBackgroundColor("#409eff");
     cmdTable->setHeaderTextColor("#FFF");
     cmdTable->setGridColor("#409eff");
     cmdTable->setSelectionBackgroundColor(sysLighten("#409eff", 0.95f));
     cmdTable->setScrollBarColor(sysLighten("#409eff", 0.25f));
-    for (int i = 0; i < cmdList.size(); ++i)
-        cmdTable->setCellText(i, 0, cmdList[i].cmd);
-    for (int i = 0; i < cmdList.size(); ++i) {
+    for (int i = 0; i < config.cmdList.size(); ++i)
+        cmdTable->setCellText(i, 0, config.cmdList[i].cmd);
+    for (int i = 0; i < config.cmdList.size(); ++i) {
         rowHexBoxes_.append(nullptr);
         rowSendButtons_.append(nullptr);
     }
@@ -200,9 +196,9 @@ QWidget* SerialTool::buildCmdTable() {
     // more than the rest of the page: a row's widgets are made when it is first shown.
     cmdTable->setRowWidgetMaker([this](int r) { makeRow(r); });
     connect(cmdTable, &QTableWidget::itemChanged, this, [this](QTableWidgetItem* item) {
-        if (item->column() != 0 || item->row() >= cmdList.size())
+        if (item->column() != 0 || item->row() >= config.cmdList.size())
             return;
-        cmdList[item->row()].cmd = item->text();
+        config.cmdList[item->row()].cmd = item->text();
         saveConfig();
     });
     row->addWidget(cmdTable);
@@ -211,7 +207,7 @@ QWidget* SerialTool::buildCmdTable() {
 
 void SerialTool::makeRow(int r) {
     auto* hex = new SysCheckBox(cmdTable);
-    hex->setChecked(cmdList[r].isHex);
+    hex->setChecked(config.cmdList[r].isHex);
     auto* send = new SysButton(cmdTable, TabWinBase::word("cmd/oper/serial/cmdTable/send"));
     send->setPadding(0, 0);
     send->setRadius(0);
@@ -220,7 +216,7 @@ void SerialTool::makeRow(int r) {
     rowHexBoxes_[r] = hex;
     rowSendButtons_[r] = send;
     connect(hex, &QCheckBox::toggled, this, [this, r](bool on) {
-        cmdList[r].isHex = on;
+        config.cmdList[r].isHex = on;
         saveConfig();
     });
     connect(send, &QPushButton::clicked, this, [this, r, send, hex] {
@@ -247,74 +243,13 @@ QString SerialTool::configPath() {
 }
 
 void SerialTool::saveConfig() {
-    SysXmlDocument doc;
-    doc.createDocument(QStringLiteral("GBK"));
-    QDomElement root = doc.createRoot(QStringLiteral("Root"));
-    QDomElement setting = doc.createChild(root, QStringLiteral("setting"));
-    const QString values[] = {QString::number(cycleValue),
-                              bit(isHexSend),
-                              bit(isHexRecv),
-                              bit(isBackspace),
-                              bit(isReturn),
-                              bit(isDTR),
-                              bit(isRTS),
-                              bit(isTimestamp)};
-    const char* const names[] = {"cycleValue", "isHexSend", "isHexRecv", "isBackspace",
-                                 "isReturn",   "isDTR",     "isRTS",     "isTimestamp"};
-    for (int i = 0; i < 8; ++i)
-        doc.setAttribute(setting, QLatin1String(names[i]), values[i]);
-    QDomElement list = doc.createChild(root, QStringLiteral("cmdList"));
-    for (const SerialCmdItem& entry : qAsConst(cmdList)) {
-        QDomElement item = doc.createChild(list, QStringLiteral("item"));
-        doc.setAttribute(item, QStringLiteral("cmd"), entry.cmd);
-        doc.setAttribute(item, QStringLiteral("isHex"), bit(entry.isHex));
-    }
     const QString path = configPath();
     QDir().mkpath(QFileInfo(path).absolutePath());
-    doc.saveAs(path); // a settings file that cannot be written costs nothing but the memory
+    config.write(path); // a settings file that cannot be written costs nothing but the memory
 }
 
 void SerialTool::loadConfig() {
-    SysXmlDocument doc;
-    if (!doc.load(configPath()))
-        return;
-    // Each attribute straight into its field; the first one missing ends all reading.
-    const auto number = [](const QDomElement& e, const char* name, int* to) {
-        if (!e.hasAttribute(QLatin1String(name)))
-            return false;
-        *to = e.attribute(QLatin1String(name)).toInt(nullptr, 10);
-        return true;
-    };
-    const auto flagAt = [&number](const QDomElement& e, const char* name, bool* to) {
-        int value = 0;
-        if (!number(e, name, &value))
-            return false;
-        *to = value != 0;
-        return true;
-    };
-    for (QDomElement child = doc.root().firstChildElement(); !child.isNull();
-         child = child.nextSiblingElement()) {
-        if (child.tagName() == QLatin1String("setting")) {
-            if (!number(child, "cycleValue", &cycleValue) ||
-                !flagAt(child, "isHexSend", &isHexSend) ||
-                !flagAt(child, "isHexRecv", &isHexRecv) ||
-                !flagAt(child, "isBackspace", &isBackspace) ||
-                !flagAt(child, "isReturn", &isReturn) || !flagAt(child, "isDTR", &isDTR) ||
-                !flagAt(child, "isRTS", &isRTS) || !flagAt(child, "isTimestamp", &isTimestamp))
-                return;
-        } else if (child.tagName() == QLatin1String("cmdList")) {
-            // The table has its fixed number of rows; items beyond them are left unread.
-            int i = 0;
-            for (QDomElement item = child.firstChildElement(); !item.isNull() && i < kCmdItems;
-                 item = item.nextSiblingElement(), ++i) {
-                if (!item.hasAttribute(QStringLiteral("cmd")))
-                    return;
-                cmdList[i].cmd = item.attribute(QStringLiteral("cmd"));
-                if (!flagAt(item, "isHex", &cmdList[i].isHex))
-                    return;
-            }
-        }
-    }
+    config.read(configPath());
 }
 
 bool SerialTool::sendText(QString text, bool isHex) {

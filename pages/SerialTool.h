@@ -1,7 +1,7 @@
 #pragma once
 
 #include "kit/SysSplitter.h"
-#include "pages/SerialCmdItem.h"
+#include "pages/SerialConfig.h"
 #include "pages/SerialRecvThread.h"
 
 #include <QList>
@@ -27,12 +27,11 @@ public:
     explicit SerialTool(QWidget* parent);
     ~SerialTool() override;
 
-    static constexpr int kCmdItems = 100;
+    static constexpr int kCmdItems = SerialConfig::kCmdItems;
 
     // serial.config in the host's configuration folder.
     static QString configPath();
-    // Reads serial.config; a missing or broken file leaves the defaults. Reading stops at the
-    // first attribute missing, keeping what was read.
+    // Reads serial.config over the defaults (see SerialConfig::read).
     void loadConfig();
     void saveConfig();
 
@@ -49,16 +48,7 @@ public:
     SysCheckBox* rowHexBox(int row);
     SysButton* rowSendButton(int row);
 
-    // The settings as serial.config keeps them.
-    bool isHexSend = false;
-    bool isHexRecv = false;
-    bool isDTR = false;
-    bool isRTS = false;
-    bool isReturn = true;
-    bool isBackspace = true;
-    bool isTimestamp = true;
-    int cycleValue = 1000;
-    QList<SerialCmdItem> cmdList;
+    SerialConfig config;
 
     SysTextEdit* outputEdit = nullptr;
     SysTextEdit* inputEdit = nullptr;

@@ -86,8 +86,8 @@ TEST_F(Terminal, SendsWhatWasTypedWithTheChosenLineEnds) {
     click(tool->rowSendButton(7));
     EXPECT_EQ(boardGot(3), QByteArray("\r\n\n"));
     EXPECT_TRUE(tool->rowSendButton(7)->isEnabled());
-    EXPECT_EQ(tool->cmdList[7].cmd, "0d 0a");
-    EXPECT_TRUE(tool->cmdList[7].isHex);
+    EXPECT_EQ(tool->config.cmdList[7].cmd, "0d 0a");
+    EXPECT_TRUE(tool->config.cmdList[7].isHex);
 }
 
 TEST_F(Terminal, ShowsSentAndReceivedTextUnderStampedHeads) {
@@ -172,7 +172,7 @@ TEST_F(Terminal, SerialConfigKeepsEveryChangeAndReadsWhatItCan) {
 
     // Read back and written again, the file stays byte for byte.
     reopenWindow();
-    EXPECT_EQ(tool->cycleValue, 250);
+    EXPECT_EQ(tool->config.cycleValue, 250);
     EXPECT_EQ(tool->cmdTable->item(0, 0)->text(), QString::fromUtf8("版本"));
     EXPECT_TRUE(tool->rowHexBox(99)->isChecked());
     tool->saveConfig();
@@ -186,20 +186,20 @@ TEST_F(Terminal, SerialConfigKeepsEveryChangeAndReadsWhatItCan) {
     noStamp.replace(" isTimestamp=\"1\"", "");
     writeConfig(noStamp);
     reopenWindow();
-    EXPECT_EQ(tool->cycleValue, 250);
+    EXPECT_EQ(tool->config.cycleValue, 250);
     EXPECT_TRUE(tool->hexRecvBox->isChecked());
-    EXPECT_EQ(tool->cmdList[0].cmd, "");
+    EXPECT_EQ(tool->config.cmdList[0].cmd, "");
     QByteArray noCycle = saved;
     noCycle.replace("cycleValue=\"250\" ", "");
     writeConfig(noCycle);
     reopenWindow();
-    EXPECT_EQ(tool->cycleValue, 1000);
+    EXPECT_EQ(tool->config.cycleValue, 1000);
     EXPECT_FALSE(tool->hexRecvBox->isChecked());
     QByteArray longList = "<?xml version = \"1.0\" encoding = \"GBK\"?>\n<Root><cmdList>";
     for (int i = 0; i < 150; ++i)
         longList += QString("<item cmd=\"c%1\" isHex=\"0\"/>").arg(i).toLatin1();
     writeConfig(longList + "</cmdList></Root>\n");
     reopenWindow();
-    EXPECT_EQ(tool->cmdList.size(), 100);
-    EXPECT_EQ(tool->cmdList[99].cmd, "c99");
+    EXPECT_EQ(tool->config.cmdList.size(), 100);
+    EXPECT_EQ(tool->config.cmdList[99].cmd, "c99");
 }
