@@ -640,11 +640,15 @@ void BoardSim::rawHeader() {
 
 void BoardSim::rawBlock() {
     rawWrites_.push_back(romBuf_);
-    writeRam(raw_.addr + raw_.got, romBuf_);
+    const uint32_t at = raw_.addr + raw_.got;
+    const int n = romBuf_.size();
+    writeRam(at, romBuf_);
     ++blockWrites_;
-    raw_.got += uint32_t(romBuf_.size());
+    raw_.got += uint32_t(n);
     romBuf_.clear();
     byteReply(0, takeFaults(SimFault::Target::RawBlock, -1));
+    if (eventLog_) // a line a block costs a bulk transfer nothing while nobody listens
+        log(QStringLiteral("raw block of %1 bytes at %2").arg(n).arg(hex(at)));
     if (raw_.got == raw_.len)
         finishRaw();
 }
@@ -828,6 +832,8 @@ uint8_t BoardSim::download(int type, const QByteArray& payload) {
     else
         writeFlash(dl_.addr + dl_.got, data);
     ++blockWrites_;
+    if (eventLog_)
+        log(QStringLiteral("block of %1 bytes at %2").arg(n).arg(hex(dl_.addr + dl_.got)));
     dl_.got += uint32_t(n);
     ++dl_.blocks;
     dl_.largestBlock = std::max(dl_.largestBlock, n);
