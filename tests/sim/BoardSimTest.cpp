@@ -254,62 +254,6 @@ TEST(BoardSim, RawHeaderOutOfStepIsResynchronisedWithZeroBytes) {
     EXPECT_EQ(board.rawWrites().size(), 2u + 12u + 2u);
 }
 
-TEST(BoardSim, FramesOfEveryTypeByteForByte) {
-    Bench bench;
-    BoardSim& board = bench.board;
-    ComPort& port = bench.port;
-
-    // 0: ping.
-    EXPECT_EQ(exchange(port, bytes({0xA5, 0, 0, 0, 0xA5}), 6), bytes({0x5A, 0, 0, 0, 0, 0x5A}));
-
-    // 1: download to RAM, header then one block with its retry mark.
-    EXPECT_EQ(exchange(port, request(1, le32(0x20001000) + le32(5)), 6),
-              bytes({0x5A, 1, 0, 0, 0, 0x5B}));
-    EXPECT_EQ(exchange(port, request(1, QByteArray(1, '\0') + "hello"), 6), reply(1));
-    EXPECT_EQ(board.ram(0x20001000, 5), QByteArray("hello"));
-
-    // 2: download to flash in blocks of 1024, 1024 and 952 bytes.
-    const QByteArray image = pattern(3000, 1);
-    EXPECT_EQ(exchange(port, request(2, le32(0x1000) + le32(3000)), 6), reply(2));
-    for (int at = 0; at < 3000; at += 1024) {
-        const QByteArray block = QByteArray(1, '\0') + image.mid(at, 1024);
-        EXPECT_EQ(exchange(port, request(2, block), 6), reply(2)) << at;
-    }
-    EXPECT_EQ(board.flash(0x1000, 3000), image);
-    EXPECT_EQ(board.flash(0xFFF, 1), QByteArray(1, char(0xFF)));
-    EXPECT_EQ(board.blockWrites(), 4);
-
-    // 3: read flash; the reply carries the bytes.
-    const QByteArray read = reply(3, image.left(1500));
-    EXPECT_EQ(read.left(4), bytes({0x5A, 3, 0xDC, 0x05}));
-    EXPECT_EQ(exchange(port, request(3, le32(0x1000) + le32(1500)), read.size()), read);
-    EXPECT_EQ(exchange(port, request(3, le32(0x1000 + 1500) + le32(1500)), 1506),
-              reply(3, image.mid(1500)));
-    EXPECT_EQ(exchange(port, request(3, le32(0x1000) + le32(0)), 6), reply(3));
-
-    // 4: erase a range.
-    EXPECT_EQ(exchange(port, request(4, le32(0x1000) + le32(16)), 6),
-              bytes({0x5A, 4, 0, 0, 0, 0x5E}));
-    EXPECT_EQ(board.flash(0x1000, 16), QByteArray(16, char(0xFF)));
-    EXPECT_EQ(board.flash(0x1010, 100), image.mid(16, 100));
-
-    // 5: erase all.
-    EXPECT_EQ(exchange(port, request(5), 6), reply(5));
-    EXPECT_EQ(board.flash(0, 4 * 1024 * 1024), QByteArray(4 * 1024 * 1024, char(0xFF)));
-
-    // An unknown type is refused with state 1.
-    EXPECT_EQ(exchange(port, request(9, "x"), 6), bytes({0x5A, 9, 0, 0, 1, 0x64}));
-
-    // 6: start software; what follows goes to the firmware.
-    EXPECT_EQ(exchange(port, request(6, le32(0x20001000)), 6), bytes({0x5A, 6, 0, 0, 0, 0x60}));
-    EXPECT_EQ(board.stage(), BoardSim::Stage::Firmware);
-    EXPECT_EQ(board.startedAt(), 0x20001000u);
-    put(port, request(0));
-    EXPECT_TRUE(silentFor(port, 50));
-    EXPECT_EQ(board.firmwareInput(), request(0));
-    EXPECT_EQ(board.frames().size(), 14u);
-}
-
 TEST(BoardSim, WrongCheckByteIsRefusedAndNotCarriedOut) {
     Bench bench;
     bench.board.setFlash(0x100, "abcd");

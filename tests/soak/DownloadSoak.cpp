@@ -40,6 +40,8 @@
 namespace {
 
 constexpr int kRunLimitMs = 120000;
+// More faults of one kind than a run has replies to spoil.
+constexpr int kNever = 20000;
 constexpr uint32_t kStubAddr = 0x20000000;
 constexpr uint32_t kAppAddr = 0x10000;
 constexpr uint32_t kDataAddr = 0x200000;
@@ -258,9 +260,10 @@ private:
         d.atEvent = pick(span);
         static const int frameTypes[] = {-1, 1, 2, 6, 7};
         const int type = frameTypes[pick(5)];
+        // Raw answers come only from a board whose ROM takes the stub in the raw dialogue.
         const SimFault::Match anyMatch[] = {SimFault::anyReply(), SimFault::frame(type),
                                             SimFault::rawHeader(), SimFault::rawBlock()};
-        const SimFault::Match match = anyMatch[pick(4)];
+        const SimFault::Match match = anyMatch[pick(d.syncAnswer == 1 ? 4 : 2)];
         switch (d.kind) {
         case FaultKind::None:
         case FaultKind::Count:
@@ -297,12 +300,12 @@ private:
             break;
         case FaultKind::SyncAnswer:
             d.fault = SimFault::syncAnswer(uint8_t(pick(256)));
-            d.repeat = pick(2) ? 1 + pick(5) : 2000; // a few wrong answers, or never a right one
+            d.repeat = pick(2) ? 1 + pick(5) : kNever; // a few wrong answers, or no right one
             d.atEvent = 0;
             break;
         case FaultKind::LostSync:
             d.fault = SimFault::drop(SimFault::syncWord());
-            d.repeat = pick(2) ? 1 + pick(5) : 2000; // a few lost, or all of them
+            d.repeat = pick(2) ? 1 + pick(5) : kNever; // a few lost, or all of them
             d.atEvent = 0;
             break;
         case FaultKind::Restart:
@@ -310,7 +313,7 @@ private:
             break;
         case FaultKind::Silent:
             d.fault = SimFault::drop(SimFault::anyReply());
-            d.repeat = 2000;
+            d.repeat = kNever;
             break;
         }
         d.text = QStringLiteral("%1 answer %2, %3 blocks, %4 at event %5")
