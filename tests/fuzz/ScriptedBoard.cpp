@@ -35,14 +35,6 @@ ScriptedBoard& ScriptedBoard::instance() {
     return board;
 }
 
-bool ScriptedBoard::virtualTimeHere() {
-    return virtualTime;
-}
-
-int64_t ScriptedBoard::nowNs() {
-    return clockNs;
-}
-
 void ScriptedBoard::advanceNs(int64_t ns) {
     clockNs += std::max<int64_t>(ns, 0);
 }

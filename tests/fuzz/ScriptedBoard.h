@@ -18,11 +18,9 @@ class ScriptedBoard {
 public:
     static ScriptedBoard& instance();
 
-    // Takes a new script and starts virtual time on the calling thread; play() ends it.
+    // Takes a new script and starts virtual time on the calling thread; finish() ends it.
     void load(const uint8_t* data, size_t size);
     void finish();
-    static bool virtualTimeHere();
-    static int64_t nowNs();
     static void advanceNs(int64_t ns);
 
     // The port's side.

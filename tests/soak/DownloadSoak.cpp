@@ -33,7 +33,6 @@
 #include <atomic>
 #include <cstdio>
 #include <map>
-#include <memory>
 #include <random>
 #include <thread>
 
