@@ -32,6 +32,25 @@ std::chrono::nanoseconds growthPause(int baud) {
     return std::chrono::nanoseconds(kBitsLookedAway * 1000000000 / std::max(baud, 1));
 }
 
+// Sleeps until at least `until`, and not much longer. A timed sleep ends later than asked by
+// a roughly steady amount on a given machine (on a virtual machine, where an idle processor is
+// slow to wake, more than the few byte times of a growth pause), so the thread learns that
+// lateness and asks for that much less, sleeping again should it wake too soon. Every turn
+// sleeps; none spins.
+void sleepAtLeastUntil(std::chrono::steady_clock::time_point until) {
+    using namespace std::chrono;
+    constexpr nanoseconds kMostLate = milliseconds(1);
+    thread_local nanoseconds late{0};
+    for (auto now = steady_clock::now(); now < until;) {
+        const nanoseconds left = until - now;
+        const nanoseconds asked = std::max(left - late, left / 4);
+        std::this_thread::sleep_for(asked);
+        const auto woke = steady_clock::now();
+        late += (std::clamp<nanoseconds>(woke - now - asked, nanoseconds(0), kMostLate) - late) / 8;
+        now = woke;
+    }
+}
+
 } // namespace
 
 ComPort::ComPort() : serial_(new serial::Serial(std::string(), 9600, serial::Timeout())) {}
@@ -207,6 +226,7 @@ bool ComPort::timedRead(ByteBuffer& out, int waitMs, int settleMs) {
         int last = 0;
         for (;;) {
             const int count = available();
+            const auto seenAt = std::chrono::steady_clock::now();
             if (count > 0 && count <= last)
                 break;
             if (count > last)
@@ -216,7 +236,7 @@ bool ComPort::timedRead(ByteBuffer& out, int waitMs, int settleMs) {
             if (deadline.expired())
                 break;
             if (last > 0)
-                std::this_thread::sleep_for(pause); // still growing?
+                sleepAtLeastUntil(seenAt + pause); // still growing?
             else
                 waitForInput(deadline.remaining());
         }

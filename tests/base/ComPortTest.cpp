@@ -167,6 +167,28 @@ TEST(ComPort, TimedReadSettlesForAFixedTime) {
     EXPECT_EQ(text(out), "GH");
 }
 
+TEST(ComPort, TimedReadFollowsAReplyWhileItGrows) {
+    // At 600 baud the first stage looks away for three byte times, 50 ms, between looks. A
+    // reply that grows every 5 ms is taken whole, and the read ends soon after it stops.
+    PtyPeer peer;
+    ComPort port;
+    ASSERT_TRUE(port.open(peer.slavePath(), 600));
+    std::thread trickle([&peer] {
+        for (char c : std::string("0123456789")) {
+            peer.write(std::string(1, c));
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    });
+    ByteBuffer out;
+    const auto start = Clock::now();
+    EXPECT_TRUE(port.timedRead(out, 1000, 0));
+    const long took = msSince(start);
+    trickle.join();
+    EXPECT_EQ(text(out), "0123456789");
+    EXPECT_GE(took, 45 + 50 - 5);
+    EXPECT_LT(took, 45 + 50 + 250);
+}
+
 TEST(ComPort, SendAndWaitMatchesAcrossReadsAndKeepsEverything) {
     PtyPeer peer;
     ComPort port;
