@@ -4,9 +4,7 @@
 #include "kit/SysNumberEdit.h"
 #include "kit/SysTable.h"
 #include "pages/BlendWindow.h"
-#include "shell/MainWindow.h"
-#include "shell/PluginEntry.h"
-#include "support/HostWords.h"
+#include "support/MainWindowTest.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
@@ -18,15 +16,10 @@
 namespace {
 
 // The real main window's blend page, with the file dialogs answered by the test.
-class BlendPage : public ::testing::Test {
+class BlendPage : public PageTest<BlendWindow> {
 protected:
     void SetUp() override {
-        window = static_cast<MainWindow*>(Create());
-        window->setTextService(&words);
-        window->init();
-        page = window->findChild<BlendWindow*>();
-        ASSERT_NE(page, nullptr);
-        log = window->logTable();
+        PageTest::SetUp();
         SysFileDialog::setAnswer(
             [this](SysFileDialog::Kind, const QString&, const QString& dir, const QString& filter) {
                 asked << filter + "|" + dir;
@@ -35,18 +28,12 @@ protected:
     }
     void TearDown() override {
         SysFileDialog::setAnswer({});
-        Release();
+        PageTest::TearDown();
     }
 
     // Chooses item `index` of an action box and gives the lines it wrote.
     QStringList choose(SysComboBox* box, int index) {
-        const int before = log->nextRow;
-        emit box->activated(index);
-        QCoreApplication::processEvents();
-        QStringList out;
-        for (int r = before; r < log->nextRow; ++r)
-            out << log->item(r, 2)->text();
-        return out;
+        return during([&] { emit box->activated(index); });
     }
     void put(int row, const QString& name, const QString& value, const QString& desc = {}) {
         BlendWindow::Row& r = page->row(row);
@@ -62,16 +49,6 @@ protected:
             *type = t;
         return items;
     }
-    QString w(const char* key) { return words.text(key); }
-    template <typename... Args> QString f(const char* key, Args... args) {
-        return QString::asprintf(w(key).toStdString().c_str(), args...);
-    }
-    static QByteArray bytes(const QString& s) { return s.toUtf8(); }
-
-    HostWords words;
-    MainWindow* window = nullptr;
-    BlendWindow* page = nullptr;
-    SysTable* log = nullptr;
     QTemporaryDir dir;
     QString answer;
     QStringList asked;
@@ -89,7 +66,7 @@ TEST_F(BlendPage, ImagesOfEitherTypeAndSizeFromTheTable) {
         page->sizeEdit->setValue(kb);
         answer = dir.filePath(QString("empty%1.bin").arg(kb));
         EXPECT_EQ(choose(page->exportBox, 1),
-                  QStringList{f("blend/setting/saveFileSuccessFmt", "NV", bytes(answer).data())});
+                  QStringList{f("blend/setting/saveFileSuccessFmt", "NV", qUtf8Printable(answer))});
         EXPECT_EQ(QFile(answer).size(), kb * 1024);
         int type = -1;
         EXPECT_TRUE(image(answer, &type).isEmpty());
@@ -135,7 +112,7 @@ TEST_F(BlendPage, ImagesOfEitherTypeAndSizeFromTheTable) {
         put(i, QString("item%1").arg(i), QString(60, 'v'));
     page->sizeEdit->setValue(4);
     EXPECT_EQ(choose(page->exportBox, 1).last(),
-              f("blend/setting/saveFileFailedFmt", "partition", bytes(answer).data()));
+              f("blend/setting/saveFileFailedFmt", "partition", qUtf8Printable(answer)));
     EXPECT_EQ(image(answer).size(), 3);
     EXPECT_FALSE(QFile::exists(answer + ".part"));
 }
@@ -151,7 +128,7 @@ TEST_F(BlendPage, LoadsFillTheTableOrLeaveItAsItWas) {
     ASSERT_TRUE(page->utils.saveConfFile(items, conf));
     answer = conf;
     EXPECT_EQ(choose(page->importBox, 0),
-              QStringList{f("blend/setting/nvSetting/loadSuccessFmt", bytes(conf).data())});
+              QStringList{f("blend/setting/nvSetting/loadSuccessFmt", qUtf8Printable(conf))});
     EXPECT_EQ(asked.last(), "*.conf|");
     EXPECT_EQ(page->row(11).desc->text(), "desc 11");
     answer = dir.filePath("mid.bin");
@@ -160,7 +137,7 @@ TEST_F(BlendPage, LoadsFillTheTableOrLeaveItAsItWas) {
     EXPECT_TRUE(page->readTable().isEmpty());
     page->typeBox->setCurrentIndex(0);
     EXPECT_EQ(choose(page->importBox, 1),
-              QStringList{f("blend/setting/nvBin/loadSuccessFmt", "NV", bytes(answer).data())});
+              QStringList{f("blend/setting/nvBin/loadSuccessFmt", "NV", qUtf8Printable(answer))});
     EXPECT_EQ(page->typeBox->currentIndex(), 1);
     EXPECT_EQ(page->row(11).name->text(), "name11");
     EXPECT_TRUE(page->row(11).desc->text().isEmpty());
@@ -191,15 +168,15 @@ TEST_F(BlendPage, LoadsFillTheTableOrLeaveItAsItWas) {
         many.append({QString("n%1").arg(i), "v", ""});
     ASSERT_TRUE(page->utils.saveConfFile(many, dir.filePath("many.conf")));
     answer = dir.filePath("many.conf");
-    EXPECT_EQ(choose(page->importBox, 0),
-              QStringList{f("blend/setting/tooManyItemsFmt", bytes(answer).data(), "101", "100")});
+    EXPECT_EQ(choose(page->importBox, 0), QStringList{f("blend/setting/tooManyItemsFmt",
+                                                        qUtf8Printable(answer), "101", "100")});
     QFile broken(dir.filePath("broken.bin"));
     ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
     broken.write(QByteArray(4096, '\x5a'));
     broken.close();
     answer = broken.fileName();
     EXPECT_EQ(choose(page->importBox, 1).last(),
-              f("blend/setting/nvBin/loadFailedFmt", bytes(answer).data()));
+              f("blend/setting/nvBin/loadFailedFmt", qUtf8Printable(answer)));
     answer.clear();
     EXPECT_EQ(choose(page->importBox, 0), QStringList{w("blend/setting/userCancelled")});
     const int asks = asked.size();

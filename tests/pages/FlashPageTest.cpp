@@ -6,12 +6,10 @@
 #include "kit/SysSerialComboBox.h"
 #include "kit/SysTable.h"
 #include "pages/CRUDWindow.h"
-#include "shell/MainWindow.h"
-#include "shell/PluginEntry.h"
 #include "sim/BoardSim.h"
 #include "sim/SimFault.h"
 #include "sim/SimNvSector.h"
-#include "support/HostWords.h"
+#include "support/MainWindowTest.h"
 #include "support/QtPrinters.h"
 #include "support/TestFiles.h"
 
@@ -26,20 +24,10 @@ namespace {
 // Frame type of a flash read: the only frames an OTA flow sends before its erase.
 constexpr uint8_t kReadFrame = 3;
 
-// The real main window with its four pages; tests drive the flash page of it against a board
-// whose software speaks frames.
-class FlashPage : public ::testing::Test {
+// The real main window; tests drive its flash page against a board whose software speaks
+// frames.
+class FlashPage : public PageTest<CRUDWindow> {
 protected:
-    void SetUp() override {
-        window = static_cast<MainWindow*>(Create());
-        window->setTextService(&words);
-        window->init();
-        page = window->findChild<CRUDWindow*>();
-        ASSERT_NE(page, nullptr);
-        log = window->logTable();
-    }
-    void TearDown() override { Release(); }
-
     static BoardSim::Options frames(uint32_t baud = 115200) {
         BoardSim::Options o;
         o.framesFromStart = true;
@@ -57,7 +45,7 @@ protected:
     // Clicks and waits for the action's end line and the page back on; gives the action's
     // lines. The page was turned off and on again by the action's message: 0 for the upload,
     // 1 for the erases.
-    QStringList click(SysButton* button, const QString& successKey, const QString& failedKey) {
+    QStringList click(SysButton* button, const char* successKey, const char* failedKey) {
         const int before = log->nextRow;
         QList<QPair<int, bool>> messages;
         const auto seen =
@@ -89,21 +77,6 @@ protected:
                      "crud/flashOper/eraseFlash/eraseOtaStatusFailed");
     }
 
-    QStringList linesFrom(int row) const {
-        QStringList out;
-        for (int r = row; r < log->nextRow; ++r)
-            out << (log->item(r, 2) ? log->item(r, 2)->text() : QString());
-        return out;
-    }
-    QString w(const QString& key) { return words.text(key); }
-    QString w(const char* key, const QString& arg) {
-        return QString::asprintf(w(key).toStdString().c_str(), arg.toStdString().c_str());
-    }
-
-    HostWords words;
-    MainWindow* window = nullptr;
-    CRUDWindow* page = nullptr;
-    SysTable* log = nullptr;
     QTemporaryDir dir;
 };
 
@@ -220,11 +193,11 @@ TEST_F(FlashPage, MissingFieldsNoPortAndAPortThatWillNotOpen) {
     QTest::mouseClick(page->uploadButton, Qt::LeftButton);
     page->eraseLenEdit->setText("400");
     QTest::mouseClick(page->eraseButton, Qt::LeftButton);
-    EXPECT_EQ(
-        linesFrom(before),
-        QStringList(
-            {w("crud/flashOper/uploadFlash/anyItemCanNotBeEmptyFmt", page->uploadGroup->title()),
-             w("crud/flashOper/eraseFlash/anyItemCanNotBeEmptyFmt", page->eraseGroup->title())}));
+    EXPECT_EQ(linesFrom(before),
+              QStringList({f("crud/flashOper/uploadFlash/anyItemCanNotBeEmptyFmt",
+                             qUtf8Printable(page->uploadGroup->title())),
+                           f("crud/flashOper/eraseFlash/anyItemCanNotBeEmptyFmt",
+                             qUtf8Printable(page->eraseGroup->title()))}));
 
     page->savePathSelect->pathEdit->setText(dir.filePath("x.bin"));
     page->eraseAddrEdit->setText("0");
@@ -250,7 +223,7 @@ TEST_F(FlashPage, MissingFieldsNoPortAndAPortThatWillNotOpen) {
         page->portBox->addItem("ttyBRAMBLE9");
         page->portBox->setCurrentText("ttyBRAMBLE9");
         EXPECT_EQ(click(a.button, a.success, a.failed),
-                  QStringList({w("crud/openPortFailedFmt", "ttyBRAMBLE9"), w(a.failed)}));
+                  QStringList({f("crud/openPortFailedFmt", "ttyBRAMBLE9"), w(a.failed)}));
     }
     EXPECT_FALSE(QFileInfo::exists(dir.filePath("x.bin")));
 }

@@ -4,9 +4,7 @@
 #include "kit/SysStateButton.h"
 #include "kit/SysTable.h"
 #include "pages/PingServerThread.h"
-#include "shell/MainWindow.h"
-#include "shell/PluginEntry.h"
-#include "support/HostWords.h"
+#include "support/MainWindowTest.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
@@ -66,13 +64,10 @@ void echo(Client& c, const QByteArray& piece) {
 
 // The real main window, and a ping panel of its own on it (no page holds one yet), set to a
 // port that was free a moment ago.
-class PingPanel : public ::testing::Test {
+class PingPanel : public MainWindowTest {
 protected:
     void SetUp() override {
-        window = static_cast<MainWindow*>(Create());
-        window->setTextService(&words);
-        window->init();
-        log = window->logTable();
+        MainWindowTest::SetUp();
         panel = new PingServer(window);
         QTcpServer probe;
         ASSERT_TRUE(probe.listen(QHostAddress::LocalHost, 0));
@@ -81,8 +76,6 @@ protected:
         panel->portEdit->setValue(port);
         panel->intervalEdit->setValue(100);
     }
-    void TearDown() override { Release(); }
-
     void click() { QTest::mouseClick(panel->startButton, Qt::LeftButton); }
     // Types `message`, starts, and checks that the panel is on.
     void start(const QString& message) {
@@ -99,21 +92,8 @@ protected:
         ASSERT_TRUE(QTest::qWaitFor([&] { return panel->threads.size() == before + 1; }, 3000));
     }
 
-    QStringList linesFrom(int row) const {
-        QStringList out;
-        for (int r = row; r < log->nextRow; ++r)
-            out << (log->item(r, 2) ? log->item(r, 2)->text() : QString());
-        return out;
-    }
     QString lastLine() const { return linesFrom(log->nextRow - 1).value(0); }
     QString lastLevel() const { return log->item(log->nextRow - 1, 1)->text(); }
-    // The level column of the row that holds `line`, searched from `row`.
-    QString levelOf(const QString& line, int row = 0) const {
-        for (int r = row; r < log->nextRow; ++r)
-            if (log->item(r, 2) && log->item(r, 2)->text() == line)
-                return log->item(r, 1)->text();
-        return QString();
-    }
     // Lines of one client's thread from `row` on, without the "<peer> -- " prefix.
     QStringList clientLines(const Client& client, int row) const {
         const QString prefix = client.peer() + " -- ";
@@ -127,9 +107,6 @@ protected:
         return QTest::qWaitFor([&] { return clientLines(client, row).size() >= count; }, ms);
     }
 
-    HostWords words;
-    MainWindow* window = nullptr;
-    SysTable* log = nullptr;
     PingServer* panel = nullptr;
     int port = 0;
 };

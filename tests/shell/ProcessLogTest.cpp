@@ -1,8 +1,5 @@
 #include "kit/SysMenu.h"
-#include "kit/SysTable.h"
-#include "shell/MainWindow.h"
-#include "shell/PluginEntry.h"
-#include "support/HostWords.h"
+#include "support/MainWindowTest.h"
 #include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
@@ -17,23 +14,14 @@
 
 namespace {
 
-class ProcessLog : public ::testing::Test {
+class ProcessLog : public MainWindowTest {
 protected:
-    void SetUp() override {
-        window = static_cast<MainWindow*>(Create());
-        window->setTextService(&words);
-        window->init();
-        table = window->logTable();
-        ASSERT_NE(table, nullptr);
-    }
-    void TearDown() override { Release(); }
-
     QString cell(int row, int col) const {
-        auto* item = table->item(row, col);
+        auto* item = log->item(row, col);
         return item ? item->text() : QString();
     }
     QColor colour(int row, int col) const {
-        auto* item = table->item(row, col);
+        auto* item = log->item(row, col);
         return item ? item->foreground().color() : QColor();
     }
     // The process log's context menu as a right click builds it.
@@ -41,32 +29,21 @@ protected:
         window->fillLogMenu(&menu);
         return menu.actions();
     }
-
-    HostWords words;
-    MainWindow* window = nullptr;
-    SysTable* table = nullptr;
 };
 
 } // namespace
 
 TEST_F(ProcessLog, PanelIsAReadOnlyTableOfTimeLevelAndText) {
-    EXPECT_EQ(table->columnCount(), 3);
-    EXPECT_EQ(table->horizontalHeaderItem(0)->text(), "Time");
-    EXPECT_EQ(table->horizontalHeaderItem(2)->text(), "Message");
-    EXPECT_EQ(table->rowCount(), 10);
-    EXPECT_EQ(table->columnWidth(0), 250);
-    EXPECT_EQ(table->columnWidth(1), 100);
-    EXPECT_EQ(table->editTriggers(), QAbstractItemView::NoEditTriggers);
-    EXPECT_EQ(table->columnAlign.value(0), Qt::AlignCenter);
-    EXPECT_EQ(table->columnAlign.value(1), Qt::AlignCenter);
-    EXPECT_FALSE(table->columnAlign.contains(2));
-    EXPECT_TRUE(table->styleSheet().endsWith(
-        "\tQTableWidget QHeaderView::section {\t\tpadding-top: 0.25em;\t\tpadding-bottom: "
-        "0.25em;\t}"
-        "\tQTableWidget::item {\t\tpadding-top: 0.13em;\t\tpadding-bottom: 0.13em;\t}"
-        "\tQTableWidget QHeaderView::section {\t\tcolor: #FFF;\t}"
-        "\tQTableWidget QHeaderView::section {\t\tbackground-color: #409eff;\t}"));
-    EXPECT_EQ(table->contextMenuPolicy(), Qt::CustomContextMenu);
+    EXPECT_EQ(log->columnCount(), 3);
+    EXPECT_EQ(log->horizontalHeaderItem(0)->text(), "Time");
+    EXPECT_EQ(log->horizontalHeaderItem(2)->text(), "Message");
+    EXPECT_EQ(log->rowCount(), 10);
+    EXPECT_EQ(log->columnWidth(0), 250);
+    EXPECT_EQ(log->columnWidth(1), 100);
+    EXPECT_EQ(log->editTriggers(), QAbstractItemView::NoEditTriggers);
+    // The columns' alignments and the header's colours are read off the rows and the screen
+    // below.
+    EXPECT_EQ(log->contextMenuPolicy(), Qt::CustomContextMenu);
 }
 
 TEST_F(ProcessLog, WorkerLinesLandWhenTheEventLoopRuns) {
@@ -77,7 +54,7 @@ TEST_F(ProcessLog, WorkerLinesLandWhenTheEventLoopRuns) {
     });
     worker.join();
     EXPECT_TRUE(cell(0, 2).isEmpty()); // queued for the interface thread, not written yet
-    EXPECT_EQ(table->nextRow, 0);
+    EXPECT_EQ(log->nextRow, 0);
 
     const QDateTime before = QDateTime::currentDateTime();
     QApplication::processEvents();
@@ -85,10 +62,10 @@ TEST_F(ProcessLog, WorkerLinesLandWhenTheEventLoopRuns) {
         EXPECT_EQ(cell(i, 2), QString("line %1").arg(i));
     EXPECT_EQ(cell(12, 1), "ERROR");
     EXPECT_EQ(cell(12, 2), "failed at 50%");
-    EXPECT_EQ(table->nextRow, 13);
+    EXPECT_EQ(log->nextRow, 13);
     // The table grows beyond its first ten rows and keeps one spare row below the last line.
-    EXPECT_EQ(table->rowCount(), 14);
-    EXPECT_NE(table->item(13, 0), nullptr);
+    EXPECT_EQ(log->rowCount(), 14);
+    EXPECT_NE(log->item(13, 0), nullptr);
     EXPECT_TRUE(cell(13, 0).isEmpty());
     const QDateTime stamped = QDateTime::fromString(cell(0, 0), "yyyy-MM-dd hh:mm:ss.zzz");
     ASSERT_TRUE(stamped.isValid()) << cell(0, 0).toStdString();
@@ -111,19 +88,19 @@ TEST_F(ProcessLog, LevelsHaveTheirWordsAndColours) {
     for (int col = 0; col < 3; ++col) {
         EXPECT_EQ(colour(1, col), QColor("#FF0000"));
         EXPECT_EQ(colour(2, col), QColor("#FFA500"));
-        // Debug and info lines keep the table's own colour: no colour of their own.
-        EXPECT_FALSE(table->item(0, col)->data(Qt::ForegroundRole).isValid());
-        EXPECT_FALSE(table->item(3, col)->data(Qt::ForegroundRole).isValid());
+        // Debug and info lines keep the log's own colour: no colour of their own.
+        EXPECT_FALSE(log->item(0, col)->data(Qt::ForegroundRole).isValid());
+        EXPECT_FALSE(log->item(3, col)->data(Qt::ForegroundRole).isValid());
     }
-    EXPECT_EQ(table->item(1, 0)->textAlignment(), int(Qt::AlignCenter));
-    EXPECT_EQ(table->item(1, 1)->textAlignment(), int(Qt::AlignCenter));
-    EXPECT_EQ(table->item(1, 2)->textAlignment(), int(Qt::AlignLeft | Qt::AlignVCenter));
+    EXPECT_EQ(log->item(1, 0)->textAlignment(), int(Qt::AlignCenter));
+    EXPECT_EQ(log->item(1, 1)->textAlignment(), int(Qt::AlignCenter));
+    EXPECT_EQ(log->item(1, 2)->textAlignment(), int(Qt::AlignLeft | Qt::AlignVCenter));
 
-    // The table's sheet leaves the item colours alone: the rows show them on screen, and the
-    // header shows the accent colour given after the table was built.
+    // The log's sheet leaves the item colours alone: the rows show them on screen, and the
+    // header shows the accent colour given after the log was built.
     window->resize(1000, 800);
-    table->scrollToTop(); // the log follows its last line; the coloured rows are at the top
-    const QImage shot = table->grab().toImage();
+    log->scrollToTop(); // the log follows its last line; the coloured rows are at the top
+    const QImage shot = log->grab().toImage();
     int red = 0, orange = 0, accent = 0;
     for (int y = 0; y < shot.height(); ++y) {
         for (int x = 0; x < shot.width(); ++x) {
@@ -139,7 +116,7 @@ TEST_F(ProcessLog, LevelsHaveTheirWordsAndColours) {
 }
 
 TEST_F(ProcessLog, ClearingFromTheMenuRestartsAtRowZeroInTheDefaultColour) {
-    SysMenu menu(table);
+    SysMenu menu(log);
     const QList<QAction*> actions = menuActions(menu);
     QStringList texts;
     for (QAction* action : actions)
@@ -154,22 +131,22 @@ TEST_F(ProcessLog, ClearingFromTheMenuRestartsAtRowZeroInTheDefaultColour) {
         window->logError("bad %d", i);
     QApplication::processEvents();
     ASSERT_EQ(colour(0, 2), QColor("#FF0000"));
-    ASSERT_EQ(table->rowCount(), 12);
+    ASSERT_EQ(log->rowCount(), 12);
 
     actions[4]->trigger();
-    EXPECT_EQ(table->nextRow, 0);
-    EXPECT_EQ(table->rowCount(), 12); // rows are emptied, not removed
-    EXPECT_EQ(table->horizontalHeaderItem(1)->text(), "Level");
+    EXPECT_EQ(log->nextRow, 0);
+    EXPECT_EQ(log->rowCount(), 12); // rows are emptied, not removed
+    EXPECT_EQ(log->horizontalHeaderItem(1)->text(), "Level");
 
     window->logInfo("fresh");
     QApplication::processEvents();
     EXPECT_EQ(cell(0, 2), "fresh");
     EXPECT_EQ(cell(0, 1), "INFO");
     for (int col = 0; col < 3; ++col)
-        EXPECT_FALSE(table->item(0, col)->data(Qt::ForegroundRole).isValid()) << col;
+        EXPECT_FALSE(log->item(0, col)->data(Qt::ForegroundRole).isValid()) << col;
     for (int row = 2; row < 12; ++row) {
         for (int col = 0; col < 3; ++col)
-            EXPECT_EQ(table->item(row, col), nullptr) << row << "," << col;
+            EXPECT_EQ(log->item(row, col), nullptr) << row << "," << col;
     }
-    EXPECT_EQ(table->rowCount(), 12);
+    EXPECT_EQ(log->rowCount(), 12);
 }
