@@ -1,8 +1,8 @@
 #include "engines/AppQZ4410Imple.h"
 #include "engines/AppQZ4420Imple.h"
 #include "support/LogCatcher.h"
-
 #include "support/TestFiles.h"
+#include "support/Wire.h"
 
 #include <gtest/gtest.h>
 
@@ -12,20 +12,6 @@
 #include <random>
 
 namespace {
-
-QByteArray le32(uint32_t v) {
-    QByteArray b;
-    for (int i = 0; i < 4; ++i)
-        b.append(char((v >> (8 * i)) & 0xFF));
-    return b;
-}
-
-QByteArray fill(int n, int seed) {
-    QByteArray b;
-    for (int i = 0; i < n; ++i)
-        b.append(char((i * 31 + seed) & 0xFF));
-    return b;
-}
 
 QByteArray onebRecord(int dlType, uint32_t addr, const QByteArray& content) {
     return QByteArray(1, char(dlType)) + le32(addr) + le32(uint32_t(content.size())) + content;
@@ -101,28 +87,28 @@ TEST(ByteStream, AppendsReadsAndCursorBounds) {
 }
 
 TEST_F(Aio, StubOnlyImageIsThirtyBytes) {
-    writeFile(path("stub.bin"), fill(16, 1));
+    writeFile(path("stub.bin"), pattern(16, 1));
     AppQZ4420Imple engine;
     LogCatcher log(&engine);
     ASSERT_TRUE(engine.createAio(path("stub.bin"), {}, path("out/deep/stub-only.aio"), 0x100000));
     const QByteArray file = readFile(path("out/deep/stub-only.aio"));
     ASSERT_EQ(file.size(), 30);
     EXPECT_EQ(file.left(14), QByteArray::fromHex("6F6E656201000000100010000000"));
-    EXPECT_EQ(file.mid(14), fill(16, 1));
+    EXPECT_EQ(file.mid(14), pattern(16, 1));
     EXPECT_TRUE(log.texts().isEmpty());
 
     QStringList errors;
     EXPECT_FALSE(parse(file, &errors));
     EXPECT_EQ(errors, QStringList({"PARSE_AIO: no any common file in all-in-one file!"}));
-    EXPECT_EQ(stub.bytes(), fill(16, 1)); // the stub was read before the end test failed
+    EXPECT_EQ(stub.bytes(), pattern(16, 1)); // the stub was read before the end test failed
     EXPECT_EQ(stubAddr, 0x100000u);
 }
 
 TEST_F(Aio, RoundTripKeepsOrderAndTargets) {
-    writeFile(path("stub.bin"), fill(100, 2));
-    writeFile(path("a.bin"), fill(5000, 3));
+    writeFile(path("stub.bin"), pattern(100, 2));
+    writeFile(path("a.bin"), pattern(5000, 3));
     writeFile(path("b.bin"), QByteArray());
-    writeFile(path("c.bin"), fill(1, 4));
+    writeFile(path("c.bin"), pattern(1, 4));
     QVector<AioEntry> list(3);
     list[0].toRam = false;
     list[0].path = path("a.bin");
@@ -137,18 +123,18 @@ TEST_F(Aio, RoundTripKeepsOrderAndTargets) {
     ASSERT_TRUE(engine.createAio(path("stub.bin"), list, path("all.aio"), 0x8000));
 
     const QByteArray file = readFile(path("all.aio"));
-    EXPECT_EQ(file, QByteArray("oneb\x04", 5) + onebRecord(0, 0x8000, fill(100, 2)) +
-                        onebRecord(2, 0x10000, fill(5000, 3)) +
+    EXPECT_EQ(file, QByteArray("oneb\x04", 5) + onebRecord(0, 0x8000, pattern(100, 2)) +
+                        onebRecord(2, 0x10000, pattern(5000, 3)) +
                         onebRecord(1, 0x20000000, QByteArray()) +
-                        onebRecord(2, 0xFFFFFFFF, fill(1, 4)));
+                        onebRecord(2, 0xFFFFFFFF, pattern(1, 4)));
 
     ASSERT_TRUE(parse(file));
-    EXPECT_EQ(stub.bytes(), fill(100, 2));
+    EXPECT_EQ(stub.bytes(), pattern(100, 2));
     EXPECT_EQ(stubAddr, 0x8000u);
     ASSERT_EQ(entries.size(), 3);
     EXPECT_FALSE(entries[0].toRam);
     EXPECT_EQ(entries[0].startAddr, 0x10000u);
-    EXPECT_EQ(toBytes(entries[0].data), fill(5000, 3));
+    EXPECT_EQ(toBytes(entries[0].data), pattern(5000, 3));
     EXPECT_TRUE(entries[1].toRam);
     EXPECT_TRUE(entries[1].data.empty());
     EXPECT_EQ(entries[2].startAddr, 0xFFFFFFFFu);
@@ -164,7 +150,7 @@ TEST_F(Aio, RoundTripKeepsOrderAndTargets) {
 }
 
 TEST_F(Aio, ReaderFaultsHaveTheirLines) {
-    const QByteArray one = onebRecord(1, 0x10, fill(8, 5));
+    const QByteArray one = onebRecord(1, 0x10, pattern(8, 5));
     struct Case {
         QByteArray image;
         QString error;
@@ -174,7 +160,7 @@ TEST_F(Aio, ReaderFaultsHaveTheirLines) {
          "PARSE_AIO: can not find all-in-one start sign, file is invalid!"},
         {QByteArray("one"), "PARSE_AIO: can not find all-in-one start sign, file is invalid!"},
         {QByteArray("oneb\x02", 5) + one, "PARSE_AIO: has no file more to read! cur file index: 1"},
-        {QByteArray("oneb\x01", 5) + fill(8, 0),
+        {QByteArray("oneb\x01", 5) + pattern(8, 0),
          "PARSE_AIO: no data remain to read file header! cur file index: 0"},
         {QByteArray("oneb\x01", 5) + one.left(one.size() - 1),
          "PARSE_AIO: no data remain to read file content! cur file index: 0"},
@@ -203,8 +189,8 @@ TEST_F(Aio, ReaderFaultsHaveTheirLines) {
 }
 
 TEST_F(Aio, ReaderAcceptsNoStubOddTypesAndTrailingBytes) {
-    ASSERT_TRUE(parse(QByteArray("oneb\x02", 5) + onebRecord(7, 0x30, fill(3, 9)) +
-                      onebRecord(1, 0x40, fill(2, 8)) + "trailing junk"));
+    ASSERT_TRUE(parse(QByteArray("oneb\x02", 5) + onebRecord(7, 0x30, pattern(3, 9)) +
+                      onebRecord(1, 0x40, pattern(2, 8)) + "trailing junk"));
     EXPECT_EQ(stub.size(), 0);
     EXPECT_EQ(stubAddr, 0xDEADBEEFu); // untouched without a stub record
     ASSERT_EQ(entries.size(), 2);
@@ -212,14 +198,14 @@ TEST_F(Aio, ReaderAcceptsNoStubOddTypesAndTrailingBytes) {
     EXPECT_TRUE(entries[1].toRam);
 
     // A later stub record replaces an earlier one.
-    ASSERT_TRUE(parse(QByteArray("oneb\x03", 5) + onebRecord(0, 1, fill(4, 1)) +
-                      onebRecord(0, 2, fill(2, 2)) + onebRecord(2, 3, fill(1, 3))));
-    EXPECT_EQ(stub.bytes(), fill(2, 2));
+    ASSERT_TRUE(parse(QByteArray("oneb\x03", 5) + onebRecord(0, 1, pattern(4, 1)) +
+                      onebRecord(0, 2, pattern(2, 2)) + onebRecord(2, 3, pattern(1, 3))));
+    EXPECT_EQ(stub.bytes(), pattern(2, 2));
     EXPECT_EQ(stubAddr, 2u);
 }
 
 TEST_F(Aio, WriterReadsEverythingBeforeTouchingTheOutput) {
-    writeFile(path("stub.bin"), fill(10, 1));
+    writeFile(path("stub.bin"), pattern(10, 1));
     writeFile(path("out.aio"), "previous image");
     AppQZ4420Imple engine;
     LogCatcher log(&engine);
@@ -242,7 +228,7 @@ TEST_F(Aio, WriterReadsEverythingBeforeTouchingTheOutput) {
     EXPECT_EQ(log.errors(), QStringList({"CREATE_AIO: can not create all-in-one file!"}));
 
     // The count byte holds 255 records with the stub; one more is refused, output untouched.
-    writeFile(path("e.bin"), fill(1, 0));
+    writeFile(path("e.bin"), pattern(1, 0));
     QVector<AioEntry> many(254);
     for (AioEntry& e : many)
         e.path = path("e.bin");
@@ -262,8 +248,8 @@ TEST_F(Aio, BenoReaderKeepsTypesAndStopsAtTheEndOfTheData) {
     auto record = [](uint32_t type, uint32_t addr, const QByteArray& content) {
         return le32(type) + le32(addr) + le32(uint32_t(content.size())) + content;
     };
-    const QByteArray good =
-        QByteArray("beno") + le32(2) + record(0, 0x100, fill(20, 1)) + record(9, 0x200, fill(3, 2));
+    const QByteArray good = QByteArray("beno") + le32(2) + record(0, 0x100, pattern(20, 1)) +
+                            record(9, 0x200, pattern(3, 2));
     writeFile(path("b.aio"), good);
     AppQZ4410Imple engine;
     LogCatcher log(&engine);
@@ -273,7 +259,7 @@ TEST_F(Aio, BenoReaderKeepsTypesAndStopsAtTheEndOfTheData) {
     EXPECT_EQ(items[0].dlType, 0u);
     EXPECT_EQ(items[1].dlType, 9u);
     EXPECT_EQ(items[1].startAddr, 0x200u);
-    EXPECT_EQ(toBytes(items[0].data), fill(20, 1));
+    EXPECT_EQ(toBytes(items[0].data), pattern(20, 1));
     EXPECT_EQ(log.infos().first(), "PARSE_AIO: find 2 bin in all-in-one file");
 
     struct Case {
@@ -281,16 +267,16 @@ TEST_F(Aio, BenoReaderKeepsTypesAndStopsAtTheEndOfTheData) {
         QString error;
     };
     const Case cases[] = {
-        {QByteArray("oneb\x01", 5) + onebRecord(1, 0, fill(1, 1)),
+        {QByteArray("oneb\x01", 5) + onebRecord(1, 0, pattern(1, 1)),
          "PARSE_AIO: can not find all-in-one start sign, file is invalid!"},
         {QByteArray("beno") + le32(0), "PARSE_AIO: can not parse any file in all-in-one file!"},
-        {QByteArray("beno") + le32(3) + record(1, 0, fill(2, 0)),
+        {QByteArray("beno") + le32(3) + record(1, 0, pattern(2, 0)),
          "PARSE_AIO: has no file more to read! cur file index: 1"},
         {QByteArray("beno") + le32(1) + le32(1) + le32(2),
          "PARSE_AIO: no data remain to read file header! cur file index: 0"},
         {QByteArray("beno") + le32(1) + le32(1) + le32(2) + le32(0xFFFFFFFF) + "ab",
          "PARSE_AIO: no data remain to read file content! cur file index: 0"},
-        {QByteArray("beno") + le32(0xFFFFFFFF) + record(1, 0, fill(1, 0)),
+        {QByteArray("beno") + le32(0xFFFFFFFF) + record(1, 0, pattern(1, 0)),
          "PARSE_AIO: has no file more to read! cur file index: 1"},
     };
     for (const Case& c : cases) {
@@ -303,15 +289,15 @@ TEST_F(Aio, BenoReaderKeepsTypesAndStopsAtTheEndOfTheData) {
 }
 
 TEST_F(Aio, RandomAndMutatedImagesNeverCrashEitherReader) {
-    writeFile(path("stub.bin"), fill(40, 1));
-    writeFile(path("a.bin"), fill(300, 2));
+    writeFile(path("stub.bin"), pattern(40, 1));
+    writeFile(path("a.bin"), pattern(300, 2));
     QVector<AioEntry> list(1);
     list[0].path = path("a.bin");
     AppQZ4420Imple writer;
     ASSERT_TRUE(writer.createAio(path("stub.bin"), list, path("seed.aio"), 0x100));
     const QByteArray oneb = readFile(path("seed.aio"));
     const QByteArray beno = QByteArray("beno") + le32(2) + le32(0) + le32(0) + le32(10) +
-                            fill(10, 3) + le32(2) + le32(0x10) + le32(5) + fill(5, 4);
+                            pattern(10, 3) + le32(2) + le32(0x10) + le32(5) + pattern(5, 4);
 
     std::mt19937 rng(20261122);
     AppQZ4420Imple onebReader;

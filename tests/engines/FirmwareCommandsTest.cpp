@@ -11,6 +11,7 @@
 #include "engines/AppQZ4420Imple.h"
 #include "sim/SimFirmware.h"
 #include "support/LogCatcher.h"
+#include "support/Wire.h"
 
 #include <gtest/gtest.h>
 
@@ -24,22 +25,13 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using State = SimFirmwareState;
 using Fault = SimLineFault;
-
-struct Timer {
-    Clock::time_point start = Clock::now();
-    long ms() const {
-        return long(
-            std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
-    }
-};
 
 // A wait that ran into its limit: all of it, and not much more even on a busy machine.
 #define EXPECT_FULL_WAIT(timer, limitMs)                                                           \
     do {                                                                                           \
-        const long elapsed_ = (timer).ms();                                                        \
+        const long elapsed_ = msSince(timer);                                                      \
         EXPECT_GE(elapsed_, (limitMs)-10);                                                         \
         EXPECT_LT(elapsed_, (limitMs) + 1000);                                                     \
     } while (0)
@@ -112,9 +104,9 @@ TEST(FirmwareCommands, ALateAnswerSatisfiesTheNextCommand) {
     // Its own answer comes late too, so that it cannot be read together with the first one
     // however the threads are scheduled.
     b.fw.inject(Fault::delay(100, "amtBleReset"));
-    Timer t;
+    const auto t = Clock::now();
     EXPECT_TRUE(b.engine.resetBle(b.port));
-    EXPECT_LT(t.ms(), 100);
+    EXPECT_LT(msSince(t), 100);
     // ... and its own "OK" is left for the one after.
     b.fw.inject(Fault::withhold("amtBleTxStop"));
     EXPECT_TRUE(b.engine.stopBleTx(b.port));
@@ -155,7 +147,7 @@ TEST(FirmwareCommands, VersionStateEchoAndOpening) {
         },
         [] { // a silent board: nothing answers, nothing is logged
             Bench b(false);
-            Timer t;
+            const auto t = Clock::now();
             EXPECT_FALSE(b.engine.versionStateKnown(b.port));
             EXPECT_FULL_WAIT(t, 500);
             EXPECT_FALSE(b.engine.isVersionState(b.port, 0));
@@ -166,7 +158,7 @@ TEST(FirmwareCommands, VersionStateEchoAndOpening) {
             Bench b;
             for (int i = 0; i < 4; ++i)
                 b.fw.inject(Fault::withhold("echoclose"));
-            Timer t;
+            const auto t = Clock::now();
             EXPECT_FALSE(b.engine.setEcho(b.port, false, 1200));
             EXPECT_FULL_WAIT(t, 1500);
             EXPECT_EQ(b.fw.lines(), times(3, "echoclose 0"));
@@ -215,9 +207,9 @@ TEST(FirmwareCommands, StateSwitchesAndRestarts) {
         [] { // the reset pulse cannot cross a pty: the board is reset here, as it would be
             Bench b;
             b.board.reset();
-            Timer t;
+            const auto t = Clock::now();
             EXPECT_TRUE(b.engine.switchVersion(b.port, 2));
-            EXPECT_GE(t.ms(), 255); // 60 ms before the command, 200 ms after the answer
+            EXPECT_GE(msSince(t), 255); // 60 ms before the command, 200 ms after the answer
             EXPECT_EQ(b.fw.lines(), QStringList({"amt_start 2"}));
             EXPECT_EQ(b.state().versionState, 2);
             // The banner went with the drain; the fresh firmware echoes until told not to.
@@ -274,30 +266,27 @@ TEST(FirmwareCommands, StateSwitchesAndRestarts) {
             EXPECT_FALSE(b.engine.makeSureState(b.port, 1));
             EXPECT_EQ(b.log.texts(), QStringList({"MAKE_SURE_STATE: get cur state failed!"}));
         },
-        [] {
+        [] { // the switch refused, then the echo after it
             Bench b;
             b.fw.inject(Fault::refuse("amt_start"));
             EXPECT_FALSE(b.engine.makeSureState(b.port, 3));
-            EXPECT_EQ(b.log.texts(),
-                      QStringList({"MAKE_SURE_STATE: can not switch to soft state: 3"}));
             EXPECT_EQ(b.state().versionState, 0);
-        },
-        [] {
-            Bench b;
             b.fw.inject(Fault::refuse("echoclose"));
             EXPECT_FALSE(b.engine.makeSureState(b.port, 3));
-            EXPECT_EQ(b.log.texts(), QStringList({"MAKE_SURE_STATE: close echo failed!"}));
             EXPECT_EQ(b.state().versionState, 3);
+            EXPECT_EQ(b.log.texts(),
+                      QStringList({"MAKE_SURE_STATE: can not switch to soft state: 3",
+                                   "MAKE_SURE_STATE: close echo failed!"}));
         },
         [] { // the hardware restart writes no byte and waits only for its drain
             Bench b;
-            Timer t;
+            const auto t = Clock::now();
             EXPECT_TRUE(b.engine.hardwareRestart(b.port, 0));
-            EXPECT_LT(t.ms(), 50);
+            EXPECT_LT(msSince(t), 50);
             b.fw.sendText("boot noise\r\n", 20);
-            Timer drain;
+            const auto drain = Clock::now();
             EXPECT_TRUE(b.engine.hardwareRestart(b.port, 150));
-            EXPECT_GE(drain.ms(), 150);
+            EXPECT_GE(msSince(drain), 150);
             int state = -1;
             EXPECT_TRUE(b.engine.getVersionState(b.port, state)); // the noise went with it
             EXPECT_EQ(state, 0);
@@ -333,10 +322,10 @@ TEST(FirmwareCommands, StateSwitchesAndRestarts) {
         [] { // the ping gives the log flag back as it found it, on both ways out
             Bench b(false);
             b.engine.setLogEnabled(false);
-            Timer t;
+            const auto t = Clock::now();
             EXPECT_FALSE(b.engine.pingAtState(b.port, 100, 1000));
-            EXPECT_GE(t.ms(), 1000);
-            EXPECT_LT(t.ms(), 2000);
+            EXPECT_GE(msSince(t), 1000);
+            EXPECT_LT(msSince(t), 2000);
             EXPECT_FALSE(b.engine.isLogEnabled());
             b.board.startFirmware();
             b.engine.setLogEnabled(true);
@@ -590,7 +579,7 @@ TEST(FirmwareCommands, EfuseWordsAndTheStateWord) {
         [] { // a failed confirmation fails the word though its write got "OK"
             Bench b;
             b.fw.inject(Fault::refuse("efuse write_confirmation"));
-            Timer t;
+            const auto t = Clock::now();
             EXPECT_FALSE(b.engine.writeEfuseWord(b.port, 0x20, 0x4));
             EXPECT_FULL_WAIT(t, 500);
             EXPECT_EQ(b.fw.lines().size(), 2);
@@ -769,7 +758,7 @@ TEST(FirmwareCommands, WifiTransmitReceiveAndTrims) {
         [] { // the power index: the reason in front of ERROR, after the full wait
             Bench b;
             QString reason = "kept";
-            Timer t;
+            const auto t = Clock::now();
             EXPECT_FALSE(b.engine.setApcIndex(b.port, 40, reason));
             EXPECT_FULL_WAIT(t, 500);
             EXPECT_EQ(reason, "tx test not running");
@@ -804,21 +793,11 @@ TEST(FirmwareCommands, WifiCalibrationValuesAndFlags) {
             b.fw.change([](State& s) { s.freqOffset = 0x3A5; });
             int first = -1, second = -1, third = -1;
             EXPECT_TRUE(b.engine.getFreqOffset(b.port, first, second, third));
-            EXPECT_EQ(first, 3);
-            EXPECT_EQ(second, 5);
-            EXPECT_EQ(third, 0);
+            EXPECT_EQ(std::vector<int>({first, second, third}), std::vector<int>({3, 5, 0}));
             EXPECT_TRUE(b.engine.setFreqOffset(b.port, 4, 6, 1));
             EXPECT_EQ(b.state().freqOffset, 0x14A6u); // the bits between stay
             EXPECT_TRUE(b.engine.getFreqOffset(b.port, first, second, third));
-            EXPECT_EQ(first, 4);
-            EXPECT_EQ(second, 6);
-            EXPECT_EQ(third, 1);
-            bool flag = true;
-            EXPECT_TRUE(b.engine.getFreqOffsetFlag(b.port, flag));
-            EXPECT_FALSE(flag);
-            EXPECT_TRUE(b.engine.setFreqOffsetFlag(b.port, true));
-            EXPECT_TRUE(b.engine.getFreqOffsetFlag(b.port, flag));
-            EXPECT_TRUE(flag);
+            EXPECT_EQ(std::vector<int>({first, second, third}), std::vector<int>({4, 6, 1}));
             int gain = -1;
             EXPECT_TRUE(b.engine.getTxGain(b.port, gain)); // 4660 = 0x1234: 18 above bit 8
             EXPECT_EQ(gain, 18);
@@ -826,24 +805,31 @@ TEST(FirmwareCommands, WifiCalibrationValuesAndFlags) {
             EXPECT_EQ(b.state().txGain, 0x1434u);
             EXPECT_TRUE(b.engine.getTxGain(b.port, gain));
             EXPECT_EQ(gain, 20);
-            EXPECT_TRUE(b.engine.setTxGainFlag(b.port, true));
-            EXPECT_TRUE(b.engine.getTxGainFlag(b.port, flag));
-            EXPECT_TRUE(flag);
-            EXPECT_TRUE(b.engine.getFinishFlag(b.port, flag));
-            EXPECT_FALSE(flag);
-            EXPECT_TRUE(b.engine.setFinishFlag(b.port, true));
-            EXPECT_TRUE(b.engine.getFinishFlag(b.port, flag));
-            EXPECT_TRUE(flag);
+            // Each flag: read as clear, set, read as set.
+            using E = AppQZ4420Imple;
+            const std::pair<bool (E::*)(ComPort&, bool&), bool (E::*)(ComPort&, bool)> flags[] = {
+                {&E::getFreqOffsetFlag, &E::setFreqOffsetFlag},
+                {&E::getTxGainFlag, &E::setTxGainFlag},
+                {&E::getFinishFlag, &E::setFinishFlag}};
+            for (const auto& [get, set] : flags) {
+                bool flag = true;
+                EXPECT_TRUE((b.engine.*get)(b.port, flag));
+                EXPECT_FALSE(flag);
+                EXPECT_TRUE((b.engine.*set)(b.port, true));
+                EXPECT_TRUE((b.engine.*get)(b.port, flag));
+                EXPECT_TRUE(flag);
+            }
             EXPECT_TRUE(b.engine.setFinishFlag(b.port, false));
             const State s = b.state();
             EXPECT_TRUE(s.freqOffsetFlag && s.txGainFlag && !s.finishFlag);
             EXPECT_EQ(
                 b.fw.lines(),
                 QStringList({"amt_get_freqoffset", "amt_set_freqoffset 4 6 1", "amt_get_freqoffset",
+                             "amt_get_txgain", "amt_set_txgain 20", "amt_get_txgain",
                              "amt_get_freqoffset_flag", "amt_set_freqoffset_flag 1",
-                             "amt_get_freqoffset_flag", "amt_get_txgain", "amt_set_txgain 20",
-                             "amt_get_txgain", "amt_set_txgain_flag 1", "amt_get_txgain_flag",
-                             "amt_get_finish_flag", "amt_set_finish_flag 1", "amt_get_finish_flag",
+                             "amt_get_freqoffset_flag", "amt_get_txgain_flag",
+                             "amt_set_txgain_flag 1", "amt_get_txgain_flag", "amt_get_finish_flag",
+                             "amt_set_finish_flag 1", "amt_get_finish_flag",
                              "amt_set_finish_flag 0"}));
             EXPECT_TRUE(b.log.texts().isEmpty());
         },
@@ -982,14 +968,10 @@ TEST(FirmwareCommands, BleCommandsAndLoops) {
         [] {
             Bench b;
             int count = -1;
+            // An answer without its comma is the receive loop's below.
             b.fw.inject(Fault::replace("57,OK\r\n"));
             EXPECT_TRUE(b.engine.stopBleRx(b.port, count));
             EXPECT_EQ(count, 57);
-            b.fw.inject(Fault::replace("57 OK\r\n"));
-            EXPECT_FALSE(b.engine.stopBleRx(b.port, count));
-            EXPECT_EQ(count, 57);
-            EXPECT_EQ(b.log.texts(),
-                      QStringList({"STOP_RX_TEST_BLE: rsp can not slice to 2 items!"}));
         },
         [] {
             Bench b;
@@ -1043,9 +1025,9 @@ TEST(FirmwareCommands, ProductionCommandsOfTheQZ4410) {
             Bench4410 b;
             b.fw.change([](State& s) { s.dutLost = 125; });
             float sigRate = -1, dutRate = -1, rssi = 0, dutRssi = 0;
-            Timer t;
+            const auto t = Clock::now();
             EXPECT_TRUE(b.engine.measureSignal(b.port, 250, sigRate, dutRate, rssi, dutRssi, 30));
-            EXPECT_GE(t.ms(), 30);
+            EXPECT_GE(msSince(t), 30);
             EXPECT_FLOAT_EQ(sigRate, 100.0f); // 250 of 250
             EXPECT_FLOAT_EQ(dutRate, 50.0f);  // 125 of 250
             EXPECT_FLOAT_EQ(rssi, -55.0f);    // 200 - 255
@@ -1214,7 +1196,7 @@ TEST(FirmwareCommands, EveryRefusalFailsTheCall) {
             Bench b;
             if (!c.asIs)
                 b.fw.inject(Fault::refuse(c.line));
-            Timer t;
+            const auto t = Clock::now();
             EXPECT_FALSE(c.call(b));
             EXPECT_FULL_WAIT(t, c.limitMs);
             EXPECT_EQ(b.fw.lines(), QStringList({c.line}));

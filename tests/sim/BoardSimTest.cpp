@@ -5,6 +5,8 @@
 #include "base/ComPort.h"
 #include "base/Deadline.h"
 #include "base/PortTable.h"
+#include "support/TestFiles.h"
+#include "support/Wire.h"
 
 #include <gtest/gtest.h>
 
@@ -20,50 +22,6 @@
 #include <thread>
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-QByteArray bytes(std::initializer_list<int> list) {
-    QByteArray b;
-    for (int v : list)
-        b += char(v);
-    return b;
-}
-
-QByteArray le32(uint32_t v) {
-    return bytes({int(v & 0xFF), int(v >> 8 & 0xFF), int(v >> 16 & 0xFF), int(v >> 24)});
-}
-
-uint8_t sum(const QByteArray& b) {
-    unsigned s = 0;
-    for (char c : b)
-        s += uint8_t(c);
-    return uint8_t(s);
-}
-
-// A5, type, length (2 bytes, little-endian), payload, sum of all bytes before it.
-QByteArray request(int type, const QByteArray& payload = {}) {
-    QByteArray f = bytes({0xA5, type, payload.size() & 0xFF, payload.size() >> 8});
-    f += payload;
-    f += char(sum(f));
-    return f;
-}
-
-// 5A, type, length, payload, state, sum of all bytes before it.
-QByteArray reply(int type, const QByteArray& payload = {}, int state = 0) {
-    QByteArray f = bytes({0x5A, type, payload.size() & 0xFF, payload.size() >> 8});
-    f += payload;
-    f += char(state);
-    f += char(sum(f));
-    return f;
-}
-
-QByteArray pattern(int n, int seed = 0) {
-    QByteArray b(n, '\0');
-    for (int i = 0; i < n; ++i)
-        b[i] = char((i * 7 + seed) & 0xFF);
-    return b;
-}
 
 QByteArray rawHeaderBytes(uint32_t type, uint32_t addr, uint32_t len) {
     return le32(type) + le32(addr) + le32(len);
@@ -93,11 +51,6 @@ void put(ComPort& port, const QByteArray& b) {
 QByteArray exchange(ComPort& port, const QByteArray& out, int replySize, int ms = 1000) {
     put(port, out);
     return readN(port, replySize, ms);
-}
-
-long msSince(Clock::time_point start) {
-    return long(
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
 }
 
 BoardSim::Options frameBoard() {
@@ -162,7 +115,7 @@ TEST(BoardSim, RawStubDownloadLandsInRamAndStartsTheStub) {
     ComPort port;
     ASSERT_TRUE(port.open(board.devicePath(), 115200));
     const uint32_t addr = 0x20000000;
-    const QByteArray stub = pattern(2500);
+    const QByteArray stub = pattern(2500, 0);
 
     // The host may still be polling when the first answer reaches it.
     EXPECT_EQ(exchange(port, "cnys", 1), bytes({1}));
@@ -219,7 +172,7 @@ TEST(BoardSim, RawHeaderOutOfStepIsResynchronisedWithZeroBytes) {
     ASSERT_TRUE(port.open(board.devicePath(), 115200));
     EXPECT_EQ(exchange(port, "cnys", 1), bytes({1}));
     const QByteArray header = rawHeaderBytes(1, 0x20000000, 16);
-    const QByteArray stub = pattern(16);
+    const QByteArray stub = pattern(16, 0);
 
     // 0xFF to the header; silence to the first two zeros; 0xFF to the third.
     board.inject(SimFault::outOfStep(3));
@@ -347,7 +300,7 @@ TEST(BoardSim, FlashDownloadOutsideTheFlashIsFlashNotEnough) {
               bytes({0x5A, 2, 0, 0, 2, 0x5E}));
     EXPECT_EQ(exchange(port, request(2, le32(0x07FFFFF0) + le32(16)), 6), reply(2, {}, 2));
     // No download is under way after a refusal.
-    EXPECT_EQ(exchange(port, request(2, QByteArray(1, '\0') + pattern(20)), 6), reply(2, {}, 1));
+    EXPECT_EQ(exchange(port, request(2, QByteArray(1, '\0') + pattern(20, 0)), 6), reply(2, {}, 1));
     // A range that just fits, and the same range in RAM.
     EXPECT_EQ(exchange(port, request(2, le32(0x0800F000) + le32(0x1000)), 6), reply(2));
     EXPECT_EQ(exchange(port, request(1, le32(0x08000000) + le32(0x20000)), 6), reply(1));

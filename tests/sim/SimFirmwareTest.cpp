@@ -4,6 +4,7 @@
 #include "sim/SimFirmware.h"
 #include "base/ComPort.h"
 #include "support/QtPrinters.h"
+#include "support/Wire.h"
 
 #include <gtest/gtest.h>
 
@@ -12,13 +13,7 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using State = SimFirmwareState;
-
-long msSince(Clock::time_point start) {
-    return long(
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
-}
 
 QByteArray bytesOf(const ByteBuffer& b) {
     return QByteArray(reinterpret_cast<const char*>(b.data()), b.size());
@@ -37,21 +32,6 @@ QByteArray readSome(ComPort& port, int waitMs, int settleMs = 0) {
     ByteBuffer b;
     port.timedRead(b, waitMs, settleMs);
     return bytesOf(b);
-}
-
-// A5, type, length (2 bytes, little-endian), payload, sum of all bytes before it.
-QByteArray request(int type, const QByteArray& payload) {
-    QByteArray f;
-    f += char(0xA5);
-    f += char(type);
-    f += char(payload.size() & 0xFF);
-    f += char(payload.size() >> 8);
-    f += payload;
-    unsigned sum = 0;
-    for (const char c : f)
-        sum += uint8_t(c);
-    f += char(sum & 0xFF);
-    return f;
 }
 
 // A board whose firmware runs with echo off, and a host port open on it.
@@ -82,7 +62,7 @@ TEST(SimFirmware, StartsAfterTheStubAndAfterAResetIntoAState) {
     EXPECT_EQ(talk(port, "get_version_type\r", 80), QByteArray());
     EXPECT_EQ(fw.starts(), 0);
 
-    QByteArray start = request(6, QByteArray("\x00\x80\x00\x00", 4));
+    QByteArray start = request(6, le32(0x8000));
     EXPECT_EQ(talk(port, start).size(), 6); // the stub's reply frame
     EXPECT_EQ(board.stage(), BoardSim::Stage::Firmware);
     EXPECT_EQ(fw.starts(), 1);
