@@ -5,6 +5,7 @@
 #include "sim/SimFault.h"
 #include "sim/SimFirmware.h"
 #include "support/QtPrinters.h"
+#include "support/TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -49,10 +50,22 @@ Call cli(const QStringList& args) {
     return call;
 }
 
-void writeFile(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
+// An all-in-one image made by the command line of a stub for 0x20000000 and an application
+// for 0x10000, with one more file when asked; `aio create` itself is the first test's.
+QString makeImage(const QTemporaryDir& dir, int stubSize, const QByteArray& app,
+                  const QByteArray& data = {}) {
+    writeFile(dir.filePath("stub.bin"), QByteArray(stubSize, '\x5c'));
+    QStringList args = {"aio",         "create",     "--stub", dir.filePath("stub.bin"),
+                        "--stub-addr", "0x20000000", "--out",  dir.filePath("aio.bin")};
+    for (const auto& [addr, name, bytes] : {std::make_tuple("0x10000", "app.bin", app),
+                                            std::make_tuple("0x200000", "data.bin", data)}) {
+        if (bytes.isEmpty())
+            continue;
+        writeFile(dir.filePath(name), bytes);
+        args << "--file" << addr + (":" + dir.filePath(name));
+    }
+    EXPECT_EQ(cli(args).status, 0);
+    return dir.filePath("aio.bin");
 }
 
 } // namespace
@@ -177,21 +190,8 @@ TEST(Cli, PortsListsTheVirtualPortsToo) {
 
 TEST(Cli, DownloadsToManyBoardsAtOnceAndFailsOnlyTheBoardsThatFail) {
     QTemporaryDir dir;
-    QByteArray app(20 * 1024, '\0');
-    QByteArray data(4 * 1024, '\0');
-    for (int i = 0; i < app.size(); ++i)
-        app[i] = char(i * 7 + i / 251);
-    for (int i = 0; i < data.size(); ++i)
-        data[i] = char(255 - i % 253);
-    writeFile(dir.filePath("stub.bin"), QByteArray(2048, '\x5c'));
-    writeFile(dir.filePath("app.bin"), app);
-    writeFile(dir.filePath("data.bin"), data);
-    const QString image = dir.filePath("aio.bin");
-    ASSERT_EQ(cli({"aio", "create", "--stub", dir.filePath("stub.bin"), "--stub-addr", "0x20000000",
-                   "--file", "0x10000:" + dir.filePath("app.bin"), "--file",
-                   "0x200000:" + dir.filePath("data.bin"), "--out", image})
-                  .status,
-              0);
+    const QByteArray app = pattern(20 * 1024, 1), data = pattern(4 * 1024, 2);
+    const QString image = makeImage(dir, 2048, app, data);
 
     std::vector<std::unique_ptr<BoardSim>> boards;
     QStringList args{"download", "--image", image, "--json"};
@@ -250,16 +250,8 @@ TEST(Cli, DownloadsToManyBoardsAtOnceAndFailsOnlyTheBoardsThatFail) {
 
 TEST(Cli, VerifyReadsTheFlashBackAndTheFlashAndFirmwareCommandsRun) {
     QTemporaryDir dir;
-    QByteArray app(6000, '\0');
-    for (int i = 0; i < app.size(); ++i)
-        app[i] = char(i % 241);
-    writeFile(dir.filePath("stub.bin"), QByteArray(1024, '\x5c'));
-    writeFile(dir.filePath("app.bin"), app);
-    const QString image = dir.filePath("aio.bin");
-    ASSERT_EQ(cli({"aio", "create", "--stub", dir.filePath("stub.bin"), "--stub-addr", "0x20000000",
-                   "--file", "0x10000:" + dir.filePath("app.bin"), "--out", image})
-                  .status,
-              0);
+    const QByteArray app = pattern(6000, 3);
+    const QString image = makeImage(dir, 1024, app);
 
     // A board that stores one byte wrong fails at that byte's address.
     BoardSim board;

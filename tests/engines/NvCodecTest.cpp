@@ -1,5 +1,6 @@
 #include "base/ByteBuffer.h"
 #include "engines/AppImpleUtils.h"
+#include "support/LogCatcher.h"
 
 #include "support/TestFiles.h"
 #include <QDir>
@@ -20,21 +21,6 @@ void putU32(QByteArray& image, int at, quint32 value) {
     for (int i = 0; i < 4; ++i)
         image[at + i] = char((value >> (8 * i)) & 0xFF);
 }
-
-// Every line an engine logs, in order, collected on the emitting thread.
-struct LogLines {
-    explicit LogLines(AppImpleBase& engine) {
-        QObject::connect(
-            &engine, &AppImpleBase::sendLog, &engine,
-            [this](SYS_LOG_LEVEL level, const QString& line) {
-                levels.push_back(level);
-                lines.append(line);
-            },
-            Qt::DirectConnection);
-    }
-    QStringList lines;
-    std::vector<SYS_LOG_LEVEL> levels;
-};
 
 QByteArray imageOf(const ByteBuffer& b) {
     return QByteArray(reinterpret_cast<const char*>(b.data()), b.size());
@@ -83,7 +69,7 @@ TEST(NvCodec, Crc32MatchesTheStandardValues) {
 
 TEST(NvCodec, OneItemImageByteForByte) {
     AppImpleUtils utils;
-    LogLines log(utils);
+    LogCatcher log(&utils);
     ByteBuffer out;
     ASSERT_TRUE(utils.kvToNv({{"a", "b", "ignored"}}, 1, out, 4096));
 
@@ -100,7 +86,7 @@ TEST(NvCodec, OneItemImageByteForByte) {
                                      "61ffffff62ffffff"));
     const QByteArray image = imageOf(out);
     EXPECT_EQ(image.toHex(), want.toHex());
-    EXPECT_TRUE(log.lines.isEmpty());
+    EXPECT_TRUE(log.texts().isEmpty());
 
     QList<NvItem> items;
     int type = -1;
@@ -128,7 +114,7 @@ TEST(NvCodec, RecordLengthsAndPadding) {
 
 TEST(NvCodec, SectorsBehindTheRecordsGetAHeaderOnly) {
     AppImpleUtils utils;
-    LogLines log(utils);
+    LogCatcher log(&utils);
     ByteBuffer out;
     ASSERT_TRUE(utils.kvToNv({{"a", "b", ""}}, 1, out, 8192));
     const QByteArray image = imageOf(out);
@@ -155,19 +141,19 @@ TEST(NvCodec, SectorsBehindTheRecordsGetAHeaderOnly) {
     items.clear();
     ASSERT_TRUE(utils.nvToKv(full, items, type));
     expectSameItems(items, two);
-    EXPECT_TRUE(log.lines.isEmpty());
+    EXPECT_TRUE(log.texts().isEmpty());
 }
 
 TEST(NvCodec, InvalidSectorTagFailsWithItsBytes) {
     AppImpleUtils utils;
-    LogLines log(utils);
+    LogCatcher log(&utils);
     QList<NvItem> items;
     int type = -1;
     // %c gives the byte as a Latin-1 character: 0xFF is U+00FF.
     EXPECT_FALSE(utils.nvToKv(QByteArray(4096, '\xFF'), items, type));
-    EXPECT_EQ(log.lines, QStringList("NV_TO_KV: parse invalid nv type: " + QString(4, QChar(0xFF)) +
-                                     ", sector index: 0"));
-    EXPECT_EQ(log.levels, std::vector<SYS_LOG_LEVEL>{SYS_LOG_ERROR});
+    EXPECT_EQ(log.errors(), QStringList("NV_TO_KV: parse invalid nv type: " +
+                                        QString(4, QChar(0xFF)) + ", sector index: 0"));
+    EXPECT_EQ(log.texts().size(), 1);
     EXPECT_TRUE(items.isEmpty());
     EXPECT_EQ(type, -1);
 
@@ -176,16 +162,16 @@ TEST(NvCodec, InvalidSectorTagFailsWithItsBytes) {
     ASSERT_TRUE(utils.kvToNv({{"a", "b", ""}}, 1, out, 4096));
     QByteArray image = imageOf(out) + QByteArray(4096, '\xFF');
     image.replace(4096 + 24, 4, "EF42");
-    log.lines.clear();
+    log.clear();
     EXPECT_FALSE(utils.nvToKv(image, items, type));
-    EXPECT_EQ(log.lines, QStringList("NV_TO_KV: parse invalid nv type: EF42, sector index: 1"));
+    EXPECT_EQ(log.texts(), QStringList("NV_TO_KV: parse invalid nv type: EF42, sector index: 1"));
     expectSameItems(items, {{"a", "b", ""}});
     EXPECT_EQ(type, 1);
 }
 
 TEST(NvCodec, PartitionImageKeepsKeyRecordsBelow1024) {
     AppImpleUtils utils;
-    LogLines log(utils);
+    LogCatcher log(&utils);
     ByteBuffer out;
     ASSERT_TRUE(utils.kvToNv(partitionList(), 0, out, 4096));
     const QByteArray image = imageOf(out);
@@ -208,7 +194,7 @@ TEST(NvCodec, PartitionImageKeepsKeyRecordsBelow1024) {
     ASSERT_TRUE(utils.nvToKv(image, items, type));
     EXPECT_EQ(type, 0);
     expectSameItems(items, partitionList());
-    EXPECT_TRUE(log.lines.isEmpty());
+    EXPECT_TRUE(log.texts().isEmpty());
 
     // Names with capitals count as keys and are written as they are.
     ASSERT_TRUE(utils.kvToNv({{"Partition", "P", ""}, {"UBOOT", "U", ""}}, 0, out, 4096));
@@ -226,53 +212,50 @@ TEST(NvCodec, PartitionImageKeepsKeyRecordsBelow1024) {
     items.clear();
     EXPECT_TRUE(utils.nvToKv(empty, items, type));
     EXPECT_TRUE(items.isEmpty());
-    EXPECT_TRUE(log.lines.isEmpty());
+    EXPECT_TRUE(log.texts().isEmpty());
 }
 
-TEST(NvCodec, KeyListCountsMatchesNotNames) {
-    AppImpleUtils utils;
-    LogLines log(utils);
-    const QStringList keys = AppImpleUtils::keyNames();
-    QList<NvItem> out;
-    EXPECT_TRUE(utils.getKeyNvList(
-        {{"a", "", ""}, {"UBoot", "1", ""}, {"uboot", "2", ""}, {"partition", "3", ""}}, out,
-        keys));
-    ASSERT_EQ(out.size(), 2); // two uboot items fill both places; the walk stops there
-    EXPECT_EQ(out[0].value, "1");
-    EXPECT_EQ(out[1].value, "2");
-    EXPECT_TRUE(log.lines.isEmpty()); // a missing key: MissingKeyItemFailsTheSaveWithThreeLines
-}
-
-TEST(NvCodec, MissingKeyItemFailsTheSaveWithThreeLines) {
+TEST(NvCodec, KeyItemsAreCountedByMatchAndAMissingOneFailsTheSave) {
     QTemporaryDir dir;
     const QString path = dir.filePath("partition.bin");
     writeFile(path, "old content");
     AppImpleUtils utils;
-    LogLines log(utils);
+    LogCatcher log(&utils);
     EXPECT_FALSE(utils.saveNvFile({{"x", "1", ""}, {"partition", "p", ""}}, 0, path, 4096));
-    EXPECT_EQ(log.lines, QStringList({"GET_KEY_NV_LIST: want to get 2 keys: (partition,uboot), "
-                                      "but get 1.",
-                                      "NV_TO_KV: no key partiion find in kv list!",
-                                      "SAVE_NV_FILE: kv to nv format failed!"}));
-    EXPECT_EQ(log.levels, std::vector<SYS_LOG_LEVEL>(3, SYS_LOG_ERROR));
+    EXPECT_EQ(log.errors(), QStringList({"GET_KEY_NV_LIST: want to get 2 keys: (partition,uboot), "
+                                         "but get 1.",
+                                         "NV_TO_KV: no key partiion find in kv list!",
+                                         "SAVE_NV_FILE: kv to nv format failed!"}));
+    EXPECT_EQ(log.texts().size(), 3);
     EXPECT_EQ(readFile(path), QByteArray()); // truncated before the image was built
 
     ByteBuffer out;
-    log.lines.clear();
+    log.clear();
     EXPECT_FALSE(utils.kvToNv({{"a", "b", ""}}, 2, out, 4096));
-    EXPECT_EQ(log.lines, QStringList("KV_TO_NV: invalid nv bin type: 2"));
+    EXPECT_EQ(log.texts(), QStringList("KV_TO_NV: invalid nv bin type: 2"));
+
+    // The count is of matches, not of names: two uboot items fill both places, and the walk
+    // stops there.
+    QList<NvItem> keys;
+    EXPECT_TRUE(utils.getKeyNvList(
+        {{"a", "", ""}, {"UBoot", "1", ""}, {"uboot", "2", ""}, {"partition", "3", ""}}, keys,
+        AppImpleUtils::keyNames()));
+    ASSERT_EQ(keys.size(), 2);
+    EXPECT_EQ(keys[0].value, "1");
+    EXPECT_EQ(keys[1].value, "2");
+    EXPECT_EQ(log.texts().size(), 1);
 }
 
 TEST(NvCodec, WriterRefusesWhatDoesNotFit) {
     AppImpleUtils utils;
-    LogLines log(utils);
+    LogCatcher log(&utils);
     ByteBuffer out;
     auto failure = [&](const QList<NvItem>& list, int type, int size) {
-        log.lines.clear();
+        log.clear();
         const bool ok = utils.kvToNv(list, type, out, size);
         EXPECT_FALSE(ok);
         EXPECT_EQ(out.size(), std::max(size, 0));
-        return log.lines.join('|');
+        return log.texts().join('|');
     };
     const QString big(5000, 'v');
     EXPECT_EQ(failure({{"big", big, ""}}, 1, 4096),
@@ -304,16 +287,16 @@ TEST(NvCodec, WriterRefusesWhatDoesNotFit) {
     EXPECT_TRUE(allErased(imageOf(out), 80, 100));
 
     QTemporaryDir dir;
-    log.lines.clear();
+    log.clear();
     EXPECT_FALSE(utils.saveNvFile(many, 1, dir.filePath("nv.bin"), 4096));
-    EXPECT_EQ(log.lines, QStringList({"KV_TO_NV: item n092 does not fit in the image!",
-                                      "SAVE_NV_FILE: kv to nv format failed!"}));
+    EXPECT_EQ(log.texts(), QStringList({"KV_TO_NV: item n092 does not fit in the image!",
+                                        "SAVE_NV_FILE: kv to nv format failed!"}));
 }
 
 TEST(NvCodec, FileRoundTripAndFileFailures) {
     QTemporaryDir dir;
     AppImpleUtils utils;
-    LogLines log(utils);
+    LogCatcher log(&utils);
     // The long record comes first: a record never moves on to the next sector for room.
     QList<NvItem> list = {{QString(255, 'k'), QString(300, 'x'), ""}};
     for (int i = 0; i < 200; ++i)
@@ -326,7 +309,7 @@ TEST(NvCodec, FileRoundTripAndFileFailures) {
     for (int type : {0, 1}) {
         const QString path = dir.filePath(QString("made/on/demand/%1.bin").arg(type));
         ASSERT_TRUE(utils.saveNvFile(list, type, path, 4 * 4096))
-            << log.lines.join('\n').toStdString();
+            << log.texts().join('\n').toStdString();
         ByteBuffer image;
         ASSERT_TRUE(utils.kvToNv(list, type, image, 4 * 4096));
         EXPECT_EQ(readFile(path), imageOf(image));
@@ -336,30 +319,30 @@ TEST(NvCodec, FileRoundTripAndFileFailures) {
         EXPECT_EQ(loadedType, type);
         expectSameItems(loaded, list);
     }
-    EXPECT_TRUE(log.lines.isEmpty());
+    EXPECT_TRUE(log.texts().isEmpty());
 
     QList<NvItem> none;
     int type = -1;
     const QString missing = dir.filePath("missing.bin");
     EXPECT_FALSE(utils.loadNvFile(missing, none, type));
-    EXPECT_EQ(log.lines, QStringList("LOAD_NV_FILE: open NV file failed: " + missing));
+    EXPECT_EQ(log.texts(), QStringList("LOAD_NV_FILE: open NV file failed: " + missing));
 
     // A plain file where a directory would have to be.
     writeFile(dir.filePath("plain"), "x");
-    log.lines.clear();
+    log.clear();
     EXPECT_FALSE(utils.saveNvFile(list, 1, dir.filePath("plain/nv.bin"), 4096));
-    EXPECT_EQ(log.lines, QStringList("NV_TO_TEXT: open CSV file failed!"));
+    EXPECT_EQ(log.texts(), QStringList("NV_TO_TEXT: open CSV file failed!"));
 
     if (!QFile::exists("/dev/full"))
         GTEST_SKIP() << "no /dev/full to fail a write";
-    log.lines.clear();
+    log.clear();
     EXPECT_FALSE(utils.saveNvFile({{"a", "b", ""}}, 1, "/dev/full", 4096));
-    EXPECT_EQ(log.lines, QStringList("NV_TO_TEXT: write data to file failed!"));
+    EXPECT_EQ(log.texts(), QStringList("NV_TO_TEXT: write data to file failed!"));
 }
 
 TEST(NvCodec, ReaderStopsAtShortImagesAndBadLengths) {
     AppImpleUtils utils;
-    LogLines log(utils);
+    LogCatcher log(&utils);
     ByteBuffer out;
     ASSERT_TRUE(utils.kvToNv(
         {{"first", "1", ""}, {"second", QString("ab") + QChar(0) + "cd", ""}, {"third", "333", ""}},
@@ -398,7 +381,7 @@ TEST(NvCodec, ReaderStopsAtShortImagesAndBadLengths) {
     items.clear();
     EXPECT_TRUE(utils.nvToKv(longValue, items, type));
     expectSameItems(items, {{"first", "1", ""}});
-    EXPECT_TRUE(log.lines.isEmpty());
+    EXPECT_TRUE(log.texts().isEmpty());
 }
 
 // Random and damaged images: the reader never reads outside the image (each image lies in a
@@ -406,7 +389,7 @@ TEST(NvCodec, ReaderStopsAtShortImagesAndBadLengths) {
 // fails only for a bad tag. Random lists that the writer accepts read back unchanged.
 TEST(NvCodec, RandomImagesAndListsAreHandledSafely) {
     AppImpleUtils utils;
-    LogLines log(utils);
+    LogCatcher log(&utils);
     std::mt19937 rng(20240611);
     auto below = [&rng](int n) { return int(rng() % unsigned(n)); };
     auto randomList = [&]() {
@@ -470,15 +453,15 @@ TEST(NvCodec, RandomImagesAndListsAreHandledSafely) {
         std::copy(image.constBegin(), image.constEnd(), exact.get());
         QList<NvItem> items;
         int parsedType = -1;
-        log.lines.clear();
+        log.clear();
         const bool ok = utils.nvToKv(QByteArray::fromRawData(exact.get(), n), items, parsedType);
         // Each record takes at least its 36-byte head.
         EXPECT_LE(items.size(), (n / 4096 + 1) * (4096 / 36));
         if (ok) {
-            EXPECT_TRUE(log.lines.isEmpty());
+            EXPECT_TRUE(log.texts().isEmpty());
         } else {
-            ASSERT_EQ(log.lines.size(), 1);
-            EXPECT_TRUE(log.lines[0].startsWith("NV_TO_KV: parse invalid nv type: "));
+            ASSERT_EQ(log.texts().size(), 1);
+            EXPECT_TRUE(log.texts()[0].startsWith("NV_TO_KV: parse invalid nv type: "));
         }
     }
     EXPECT_GT(accepted, 200); // the writer really took a fair share of the lists
@@ -488,7 +471,7 @@ TEST(NvConfFile, SavedBytesAndReadBack) {
     QTemporaryDir dir;
     const QString path = dir.filePath("nv.conf");
     AppImpleUtils utils;
-    LogLines log(utils);
+    LogCatcher log(&utils);
     const QList<NvItem> list = {{"a", "b", "c"},
                                 {QString::fromUtf8("名"), QString::fromUtf8("中文é"), ""},
                                 {"q", "<\"&>", "tab\there"}};
@@ -512,7 +495,7 @@ TEST(NvConfFile, SavedBytesAndReadBack) {
     ASSERT_TRUE(utils.saveConfFile({}, path));
     EXPECT_EQ(readFile(path),
               QByteArray("<?xml version = \"1.0\" encoding = \"GBK\"?>\n<Root/>\n"));
-    EXPECT_TRUE(log.lines.isEmpty());
+    EXPECT_TRUE(log.texts().isEmpty());
 
     // Any child counts, whatever its tag; missing attributes read as empty, extra ones are
     // ignored. Loaded items are appended to what the list holds.
@@ -532,7 +515,7 @@ TEST(NvConfFile, SavedBytesAndReadBack) {
     EXPECT_FALSE(utils.loadConfFile(path, loaded));
     EXPECT_EQ(loaded.size(), 3);
     EXPECT_FALSE(utils.saveConfFile(list, dir.filePath("no/such/dir/nv.conf")));
-    EXPECT_EQ(log.lines, QStringList({"LOAD_CONF_FILE: load file failed: " + missing,
-                                      "LOAD_CONF_FILE: load file failed: " + path,
-                                      "SAVE_CONF_FILE: save failed!"}));
+    EXPECT_EQ(log.texts(), QStringList({"LOAD_CONF_FILE: load file failed: " + missing,
+                                        "LOAD_CONF_FILE: load file failed: " + path,
+                                        "SAVE_CONF_FILE: save failed!"}));
 }
