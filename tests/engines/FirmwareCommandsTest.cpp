@@ -1100,7 +1100,8 @@ TEST(FirmwareCommands, ProductionCommandsOfTheQZ4410) {
 TEST(FirmwareCommands, EveryRefusalFailsTheCall) {
     // Each call refused once: false after its full wait, its one line on the wire, only the log
     // lines the row names, and the bench's out values as they were. A row marked as-is sends a
-    // value the firmware refuses by itself; the others have their answer refused.
+    // line the firmware refuses by itself; the others have their answer refused. (Which values
+    // the firmware refuses is the simulated firmware's own test.)
     struct Case {
         QString line;
         std::function<bool(Bench&)> call;
@@ -1115,15 +1116,12 @@ TEST(FirmwareCommands, EveryRefusalFailsTheCall) {
         {"get_version_type", CALL(getVersionState(b.port, b.n))},
         {"echoclose 0", CALL(setEcho(b.port, false, 0))},
         {"amt_set_mac 0 02:00:00:00:00:01", CALL(setMac(b.port, 0, "02:00:00:00:00:01"))},
-        {"amt_set_mac 0 02:00:00:00:00", CALL(setMac(b.port, 0, "02:00:00:00:00")), {}, 500, asIs},
         {"amt_get_mac", CALL(getMac(b.port, b.text))},
         {"cnvs k v", CALL(setNv(b.port, 3, "k", "v"))},
         {"dnvg k", CALL(getNv(b.port, 2, "k", b.text))},
-        {"anvg missing", CALL(getNv(b.port, 1, "missing", b.text)), {}, 500, asIs},
         {"anvg all", CALL(readAllNv(b.port, 1, b.entries))},
         {"anvd k", CALL(removeNv(b.port, 1, "k"))},
         {"amt_set 0x10 0x1", CALL(setRegister(b.port, 0x10, 1))},
-        {"amt_set 0x203175 0x1", CALL(setRegister(b.port, 0x203175, 1)), {}, 500, asIs},
         {"amt_get 0x10", CALL(getRegister(b.port, 0x10, b.u))},
         {"amt_set 0x203174 0x5006", CALL(setDcCalRegister(b.port, 5, 6))},
         {"amt_get 0x203174", CALL(getDcCalRegister(b.port, b.u, b.u2))},
@@ -1142,19 +1140,11 @@ TEST(FirmwareCommands, EveryRefusalFailsTheCall) {
         {"efuse write 0x34 0x00000001 0xfffffffe", CALL(writeEccKey(b.port, {1}))},
         {"efuse write 0x54 0x00000001 0xfffffffe", CALL(writeReservedArea(b.port, {1}))},
         {"amt_tx_start 1 0 1 0 0 90 3", CALL(startTx(b.port, 1, 0, 1, 0, 0, 90, 3))},
-        // 40M outside channels 3 to 11
-        {"amt_tx_start 2 0 12 1 0 90 3",
-         CALL(startTx(b.port, 2, 0, 12, 1, 0, 90, 3)),
-         {},
-         500,
-         asIs},
         {"amt_tx_stop", CALL(stopTx(b.port))},
         {"amt_rx_start 1 0", CALL(startRx(b.port, 1, 0))},
-        {"amt_rx_start 15 0", CALL(startRx(b.port, 15, 0)), {}, 500, asIs},
         {"amt_rx_stop", CALL(stopRx(b.port, b.n)), {"STOP_RX: send stop cmd failed"}, 500, asIs},
         {"amt_tx_1M", CALL(startSingleTone(b.port))},
         {"amt_tx_dc 0x1001", CALL(setDcValue(b.port, 1))},
-        {"amt_tx_dc 0x1001000", CALL(setDcValue(b.port, 0x1000)), {}, 500, asIs}, // past 12 bits
         {"amt_set_cfo 1 2", CALL(setCfo(b.port, 1, 2))},
         {"amt_set_pa_bias 3", CALL(setPaBias(b.port, 3))},
         {"amt_set_lo_leakage 15 0x123456",
@@ -1164,27 +1154,21 @@ TEST(FirmwareCommands, EveryRefusalFailsTheCall) {
          asIs},
         {"amt_get_freqoffset", CALL(getFreqOffset(b.port, b.n, b.n2, b.n3))},
         {"amt_set_freqoffset 1 2 3", CALL(setFreqOffset(b.port, 1, 2, 3))},
-        {"amt_set_freqoffset 16 0 0", CALL(setFreqOffset(b.port, 16, 0, 0)), {}, 500, asIs},
         {"amt_get_freqoffset_flag", CALL(getFreqOffsetFlag(b.port, b.flag))},
         {"amt_set_freqoffset_flag 0", CALL(setFreqOffsetFlag(b.port, false))},
         {"amt_get_txgain", CALL(getTxGain(b.port, b.n))},
         {"amt_set_txgain 9", CALL(setTxGain(b.port, 9))},
-        {"amt_set_txgain -1", CALL(setTxGain(b.port, -1)), {}, 500, asIs},
         {"amt_get_txgain_flag", CALL(getTxGainFlag(b.port, b.flag))},
         {"amt_set_txgain_flag 0", CALL(setTxGainFlag(b.port, false))},
         {"amt_get_finish_flag", CALL(getFinishFlag(b.port, b.flag))},
         {"amt_set_finish_flag 1", CALL(setFinishFlag(b.port, true))},
         {"amt_tx_start 0 0 6 0 0 90 3", CALL(txGainTest(b.port, 0, 0, 6, 0, b.n))},
         {"amtBleTxToneStart 0 0 0", CALL(startBleTone(b.port, 0, 0, 0))},
-        {"amtBleTxToneStart 0 40 0", CALL(startBleTone(b.port, 0, 40, 0)), {}, 500, asIs},
         {"amtBleTxStart 0 0 0 0 0", CALL(startBleTx(b.port, 0, 0, 0, 0, 0))},
-        {"amtBleTxStart 0 19 0 300 2", CALL(startBleTx(b.port, 0, 19, 0, 300, 2)), {}, 500, asIs},
         {"amtBleTxStop", CALL(stopBleTx(b.port))},
         {"amtBleRxStart 0 0", CALL(startBleRx(b.port, 0, 0))},
-        {"amtBleRxStart 4 0", CALL(startBleRx(b.port, 4, 0)), {}, 500, asIs},
         {"amtBleRxStop", CALL(stopBleRx(b.port, b.n))},
         {"amtBleDumpDc 0x1001", CALL(setBleDc(b.port, 1))},
-        {"amtBleDumpDc 0x1001000", CALL(setBleDc(b.port, 0x1000)), {}, 500, asIs},
         {"bletxstep 5", CALL(setBleTxStep(b.port, 5))},
         {"amtBleReset", CALL(resetBle(b.port))},
     };

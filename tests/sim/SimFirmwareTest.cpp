@@ -225,6 +225,20 @@ TEST(SimFirmware, EfuseBitsCanOnlyBeSetAndOnlyWhenConfirmed) {
     EXPECT_EQ(s.efuse.mid(0x34, 0x20), QByteArray(0x20, '\0'));
 }
 
+TEST(SimFirmware, ValuesOutsideTheirRangeAreRefused) {
+    Bench b;
+    for (const char* bad :
+         {"amt_set_mac 0 02:00:00:00:00\r", "anvg missing\r", "amt_set 0x203175 0x1\r",
+          "amt_tx_start 2 0 12 1 0 90 3\r" /* 40M outside channels 3 to 11 */,
+          "amt_rx_start 15 0\r", "amt_tx_dc 0x1001000\r" /* past 12 bits */,
+          "amt_set_freqoffset 16 0 0\r", "amt_set_txgain -1\r", "amtBleTxToneStart 0 40 0\r",
+          "amtBleTxStart 0 19 0 300 2\r", "amtBleRxStart 4 0\r", "amtBleDumpDc 0x1001000\r"})
+        EXPECT_EQ(talk(b.port, bad), QByteArray("ERROR\r\n")) << bad;
+    const State s = b.fw.state();
+    EXPECT_TRUE(s.macs.empty() && s.registers.empty());
+    EXPECT_FALSE(s.wifiTx.running || s.wifiRx.running || s.bleTx.running || s.bleRx.running);
+}
+
 TEST(SimFirmware, ReceiveTestsCountWhileTheyRun) {
     Bench b;
     for (const char* stop : {"amt_rx_stop\r", "amtBleRxStop\r", "amt_phy_rx_test 6 0\r"})
