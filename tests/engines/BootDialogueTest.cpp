@@ -44,6 +44,21 @@ struct Bench {
     Bench() { EXPECT_TRUE(port.open(peer.slavePath(), 115200)); }
 };
 
+// One step of a played board: the bytes it reads and checks, then the byte it answers.
+struct Step {
+    std::string want;
+    int answer;
+};
+
+std::thread playBoard(PtyPeer& peer, std::vector<Step> steps) {
+    return std::thread([&peer, steps] {
+        for (const Step& s : steps) {
+            EXPECT_EQ(peer.readExactly(s.want.size()), s.want);
+            peer.write(std::string(1, char(s.answer)));
+        }
+    });
+}
+
 } // namespace
 
 TEST(BootDialogue, SyncHandsOverTheFirstByte) {
@@ -74,12 +89,7 @@ TEST(BootDialogue, ChangeBaudSendsTheCodeThenChecksAckAndSync) {
 
     {
         Bench b;
-        std::thread board([&] {
-            EXPECT_EQ(b.peer.readExactly(1), bytes({0x0F}));
-            b.peer.write(bytes({0x03}));
-            EXPECT_EQ(b.peer.readExactly(4), "cnys");
-            b.peer.write(bytes({0x02}));
-        });
+        std::thread board = playBoard(b.peer, {{bytes({0x0F}), 0x03}, {"cnys", 0x02}});
         EXPECT_TRUE(b.engine.changeBaud(b.port, 2000000, 500));
         board.join();
         EXPECT_EQ(b.port.baudrate(), 2000000);
@@ -92,34 +102,29 @@ TEST(BootDialogue, ChangeBaudSendsTheCodeThenChecksAckAndSync) {
                   QStringList({QString("CHG_BAUD: not supported baudrate: %1").arg(unknown)}));
         EXPECT_EQ(b.peer.read(20, 100), ""); // nothing went out
     }
-    {
-        Bench b; // a wrong acknowledgement puts the old rate back
-        std::thread board([&] {
-            b.peer.readExactly(1);
-            b.peer.write(bytes({0x05}));
-        });
-        EXPECT_FALSE(b.engine.changeBaud(b.port, 921600, 500));
+    // A wrong acknowledgement, the ROM still in UART mode after the change, and silence: the
+    // old rate comes back.
+    struct Failure {
+        uint32_t baud;
+        std::vector<Step> board;
+        int limitMs;
+        QString line;
+    };
+    const Failure failures[] = {
+        {921600, {{bytes({0x09}), 0x05}}, 500, "CHG_BAUD: recv wrong data: 0x03 => 0x05"},
+        {115200,
+         {{bytes({0x01}), 0x03}, {"cnys", 0x01}},
+         500,
+         "CHG_BAUD: invalid sync ack: 0x02 => 0x01"},
+        {460800, {}, 50, "CHG_BAUD: recv rsp timeout!"},
+    };
+    for (const Failure& f : failures) {
+        Bench b;
+        std::thread board = playBoard(b.peer, f.board);
+        EXPECT_FALSE(b.engine.changeBaud(b.port, f.baud, f.limitMs));
         board.join();
-        EXPECT_EQ(b.port.baudrate(), 115200);
-        EXPECT_EQ(b.log.errors(), QStringList({"CHG_BAUD: recv wrong data: 0x03 => 0x05"}));
-    }
-    {
-        Bench b; // the ROM still in UART mode after the change
-        std::thread board([&] {
-            EXPECT_EQ(b.peer.readExactly(1), bytes({0x01}));
-            b.peer.write(bytes({0x03}));
-            b.peer.readExactly(4);
-            b.peer.write(bytes({0x01}));
-        });
-        EXPECT_FALSE(b.engine.changeBaud(b.port, 115200, 500));
-        board.join();
-        EXPECT_EQ(b.log.errors(), QStringList({"CHG_BAUD: invalid sync ack: 0x02 => 0x01"}));
-    }
-    {
-        Bench b; // silence: the old rate comes back
-        EXPECT_FALSE(b.engine.changeBaud(b.port, 460800, 50));
-        EXPECT_EQ(b.port.baudrate(), 115200);
-        EXPECT_EQ(b.log.errors(), QStringList({"CHG_BAUD: recv rsp timeout!"}));
+        EXPECT_EQ(b.port.baudrate(), 115200) << f.line.toStdString();
+        EXPECT_EQ(b.log.errors(), QStringList({f.line}));
     }
 }
 
@@ -128,23 +133,15 @@ TEST(BootDialogue, ResyncWritesZerosUntilTheBoardIsBackInStep) {
     b.engine.setLogProgress(true);
     const ByteBuffer data = pattern(3000);
     const std::string header = le32(1) + le32(0x20000) + le32(3000);
-    std::string blocks;
-    std::thread board([&] {
-        EXPECT_EQ(b.peer.readExactly(12), header);
-        b.peer.write(bytes({0xFF}));
-        for (int i = 0; i < 3; ++i)
-            EXPECT_EQ(b.peer.readExactly(1), bytes({0x00}));
-        b.peer.write(bytes({0xFF})); // back in step on the third zero
-        EXPECT_EQ(b.peer.readExactly(12), header);
-        b.peer.write(bytes({0x00}));
-        for (int len : {1024, 1024, 952}) {
-            blocks += b.peer.readExactly(size_t(len));
-            b.peer.write(bytes({0x00}));
-        }
-    });
+    // Out of step at the header; back in step on the third zero.
+    std::thread board = playBoard(b.peer, {{header, 0xFF},
+                                           {std::string(3, '\0'), 0xFF},
+                                           {header, 0},
+                                           {text(data, 0, 1024), 0},
+                                           {text(data, 1024, 1024), 0},
+                                           {text(data, 2048, 952), 0}});
     EXPECT_TRUE(b.engine.downloadTrunk(b.port, 1, 0x20000, data));
     board.join();
-    EXPECT_EQ(blocks, text(data, 0, 3000));
     EXPECT_EQ(b.peer.read(20, 100), ""); // nothing more than that
     EXPECT_EQ(b.log.infos(),
               QStringList({"DL_TRUNK: the file will be slice to 3 blocks...",
@@ -177,41 +174,24 @@ TEST(BootDialogue, SilentResyncSendsTwelveZerosThenTheHeaderAgain) {
 
 TEST(BootDialogue, EveryRefusalEndsTheTransferWithItsLine) {
     const ByteBuffer data = pattern(1500);
-    {
+    const std::string header = le32(1) + le32(0) + le32(1500);
+    struct Case {
+        std::vector<Step> board;
+        QString line;
+    };
+    const Case cases[] = {
+        {{{header, 0x09}}, "DL_TRUNK: the resp notice: invalid response!"},
+        {{{header, 0}, {text(data, 0, 1024), 0}, {text(data, 1024, 476), 1}},
+         "DL_TRUNK: resp notice: board has crashed, cur block: 1!"},
+        {{{header, 0}}, "DL_TRUNK: recv resp of file block 0 timeout!"},
+        {{}, "DL_TRUNK: recv file header cmd's resp timeout!"},
+    };
+    for (const Case& c : cases) {
         Bench b;
-        b.peer.write(bytes({0x09}));
-        EXPECT_FALSE(b.engine.downloadTrunk(b.port, 1, 0, data));
-        EXPECT_EQ(b.log.errors(), QStringList({"DL_TRUNK: the resp notice: invalid response!"}));
-    }
-    {
-        Bench b;
-        std::thread board([&] {
-            b.peer.readExactly(12);
-            b.peer.write(bytes({0x00}));
-            b.peer.readExactly(1024);
-            b.peer.write(bytes({0x00}));
-            b.peer.readExactly(476);
-            b.peer.write(bytes({0x01}));
-        });
-        EXPECT_FALSE(b.engine.downloadTrunk(b.port, 1, 0, data));
-        board.join();
-        EXPECT_EQ(b.log.errors(),
-                  QStringList({"DL_TRUNK: resp notice: board has crashed, cur block: 1!"}));
-    }
-    {
-        Bench b;
-        std::thread board([&] {
-            b.peer.readExactly(12);
-            b.peer.write(bytes({0x00}));
-        });
+        std::thread board = playBoard(b.peer, c.board);
         EXPECT_FALSE(b.engine.downloadTrunk(b.port, 1, 0, data));
         board.join();
-        EXPECT_EQ(b.log.errors(), QStringList({"DL_TRUNK: recv resp of file block 0 timeout!"}));
-    }
-    {
-        Bench b;
-        EXPECT_FALSE(b.engine.downloadTrunk(b.port, 1, 0, data));
-        EXPECT_EQ(b.log.errors(), QStringList({"DL_TRUNK: recv file header cmd's resp timeout!"}));
+        EXPECT_EQ(b.log.errors(), QStringList({c.line}));
     }
     {
         AppQZ4410Imple engine;
@@ -231,14 +211,9 @@ TEST(BootDialogue, StubDownloadAndFinish) {
     QTemporaryDir dir;
     {
         Bench b;
-        std::thread board([&] {
-            EXPECT_EQ(b.peer.readExactly(12), le32(1) + le32(0x80000) + le32(5));
-            b.peer.write(bytes({0x00}));
-            EXPECT_EQ(b.peer.readExactly(5), "stub!");
-            b.peer.write(bytes({0x00}));
-            EXPECT_EQ(b.peer.readExactly(4), "cnys");
-            b.peer.write(bytes({0x01})); // still the ROM: the stub did not come up
-        });
+        // The sync after the stub is answered by the ROM still: the stub did not come up.
+        std::thread board = playBoard(
+            b.peer, {{le32(1) + le32(0x80000) + le32(5), 0}, {"stub!", 0}, {"cnys", 0x01}});
         ByteBuffer stub(std::string("stub!"));
         EXPECT_FALSE(b.engine.downloadUbootData(b.port, stub, 0x80000, true));
         board.join();
