@@ -72,34 +72,7 @@ TEST(FlashServices, StubGoesInByFrames) {
     EXPECT_EQ(b.board.startedAt(), 0x20001000u);
 }
 
-TEST(FlashServices, DownloadInBothBlockSizesAtTheDownloadRate) {
-    Bench b;
-    b.toStub();
-    ASSERT_TRUE(b.engine.changeBaud(b.port, 921600)) << b.log.texts().join('\n').toStdString();
-    EXPECT_EQ(b.port.baudrate(), 921600);
-    EXPECT_EQ(b.board.baud(), 921600u);
-    b.engine.setLogProgress(true);
-    // 123 blocks of either size: a progress line only at each tenth and at the end.
-    for (int blockSize : {1024, 4096}) {
-        const QByteArray file = pattern(123 * blockSize, blockSize);
-        b.engine.setBlockSize(blockSize);
-        b.board.clearRecord();
-        b.log.clear();
-        ASSERT_TRUE(b.engine.downloadTrunk(b.port, SysByteArray(file), 0x10000, false, 3))
-            << b.log.texts().join('\n').toStdString();
-        EXPECT_EQ(b.board.flash(0x10000, uint32_t(file.size())), file) << blockSize;
-        EXPECT_EQ(b.board.blockWrites(), 123);
-        EXPECT_EQ(b.board.repeatedBlocks(), 0);
-        const QStringList percent = percentLines(b.log);
-        ASSERT_EQ(percent.size(), 10) << percent.join('\n').toStdString();
-        EXPECT_EQ(percent.first(), "DL_TRUNK: trunk downloaded 10.57%");
-        EXPECT_EQ(percent.last(), "DL_TRUNK: trunk downloaded 100.00%");
-        EXPECT_EQ(b.log.infos().first(), "DL_TRUNK: the file will be slice to 123 blocks...");
-        EXPECT_TRUE(b.log.errors().isEmpty());
-    }
-}
-
-TEST(FlashServices, BlockSizesAndProgressLines) {
+TEST(FlashServices, BlockSizesAndProgressLinesAtTheDownloadRate) {
     Bench b;
     b.toStub();
     b.engine.setLogProgress(true);
@@ -129,6 +102,28 @@ TEST(FlashServices, BlockSizesAndProgressLines) {
     EXPECT_EQ(percentLines(b.log),
               QStringList({"DL_TRUNK: trunk downloaded 33.33%", "DL_TRUNK: trunk downloaded 66.67%",
                            "DL_TRUNK: trunk downloaded 100.00%"}));
+
+    ASSERT_TRUE(b.engine.changeBaud(b.port, 921600)) << b.log.texts().join('\n').toStdString();
+    EXPECT_EQ(b.port.baudrate(), 921600);
+    EXPECT_EQ(b.board.baud(), 921600u);
+    // 123 blocks of either size: a progress line only at each tenth and at the end.
+    for (int blockSize : {1024, 4096}) {
+        const QByteArray file = pattern(123 * blockSize, blockSize);
+        b.engine.setBlockSize(blockSize);
+        b.board.clearRecord();
+        b.log.clear();
+        ASSERT_TRUE(b.engine.downloadTrunk(b.port, SysByteArray(file), 0x10000, false, 3))
+            << b.log.texts().join('\n').toStdString();
+        EXPECT_EQ(b.board.flash(0x10000, uint32_t(file.size())), file) << blockSize;
+        EXPECT_EQ(b.board.blockWrites(), 123);
+        EXPECT_EQ(b.board.repeatedBlocks(), 0);
+        const QStringList percent = percentLines(b.log);
+        ASSERT_EQ(percent.size(), 10) << percent.join('\n').toStdString();
+        EXPECT_EQ(percent.first(), "DL_TRUNK: trunk downloaded 10.57%");
+        EXPECT_EQ(percent.last(), "DL_TRUNK: trunk downloaded 100.00%");
+        EXPECT_EQ(b.log.infos().first(), "DL_TRUNK: the file will be slice to 123 blocks...");
+        EXPECT_TRUE(b.log.errors().isEmpty());
+    }
 }
 
 TEST(FlashServices, RefusedBlockIsSentAgainWithTheMarkAndWrittenOnce) {

@@ -38,13 +38,10 @@ TEST(PluginLibrary, HostLoadsTheLibraryAndGetsTheWindow) {
     QString error;
     ASSERT_TRUE(host.start(pluginPath(), &words, &error)) << error.toStdString();
     PluginUIBase* window = host.window();
+    // The window it gets is the plug-in's (PluginEntry checks what that window holds).
     EXPECT_EQ(window->textService(), &words);
     EXPECT_EQ(window->pluginTitle(), "Bramble");
-    EXPECT_TRUE(window->versionLog().startsWith("<p class=\"versionLog\">"));
-    auto* tabs = window->findChild<QTabWidget*>();
-    ASSERT_NE(tabs, nullptr);
-    EXPECT_EQ(tabs->count(), 4);
-    EXPECT_EQ(tabs->tabText(0), "Download");
+    ASSERT_NE(window->findChild<QTabWidget*>(), nullptr);
     host.release();
     EXPECT_EQ(host.window(), nullptr);
 
