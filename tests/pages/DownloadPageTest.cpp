@@ -42,6 +42,14 @@ protected:
         PageTest::TearDown();
     }
 
+    // A board that restarts in its ROM at each opening of its port, as the reset line does.
+    static BoardSim::Options resetting(uint8_t syncAnswer = 1, bool paced = false) {
+        BoardSim::Options o;
+        o.resetOnOpen = true;
+        o.syncAnswer = syncAnswer;
+        o.paceAtBaud = paced;
+        return o;
+    }
     // Publishes the board as a virtual port and picks it in the page's port box.
     void choose(BoardSim& board, const QString& name) {
         ASSERT_TRUE(board.publish(name));
@@ -131,10 +139,7 @@ TEST_F(DownloadPage, AllInOneDownloadWithEitherSyncAnswer) {
     const QByteArray stub = pattern(2000, 1), app = pattern(70000, 2), data = pattern(5000, 3);
     makeImage(stub, app, data);
     for (uint8_t answer : {uint8_t(1), uint8_t(51)}) {
-        BoardSim::Options o;
-        o.syncAnswer = answer;
-        o.resetOnOpen = true;
-        BoardSim board(o);
+        BoardSim board(resetting(answer));
         choose(board, QString("sim%1").arg(answer));
         page->bigBlockCheck->setChecked(answer == 1);
         runAndWait(page->aioStartButton);
@@ -163,9 +168,7 @@ TEST_F(DownloadPage, SingleFileRunAndStubOnlyRun) {
     page->stubSelect->pathEdit->setText(dir.filePath("stub.bin"));
     page->startupAddrEdit->setText("20000000");
 
-    BoardSim::Options o;
-    o.resetOnOpen = true;
-    BoardSim board(o);
+    BoardSim board(resetting());
     choose(board, "simA");
     // No row selected: the stub goes in and that is all.
     runAndWait(page->singleStartButton);
@@ -218,9 +221,7 @@ TEST_F(DownloadPage, EveryFailureGivesItsLineThenTheFailedLine) {
         QFile::remove(PortTable::virtualPortDir() + "/mute");
     }
 
-    BoardSim::Options o;
-    o.resetOnOpen = true;
-    BoardSim board(o);
+    BoardSim board(resetting());
     choose(board, "simF");
 
     // An image that does not parse: nothing goes to the port.
@@ -243,10 +244,7 @@ TEST_F(DownloadPage, EveryFailureGivesItsLineThenTheFailedLine) {
 TEST_F(DownloadPage, ARefusedBlockAndARefusedStub) {
     const QString failed = w("download/dlTab/download/failed");
     makeImage(pattern(100, 1), pattern(30000, 2), pattern(10, 3));
-    BoardSim::Options o;
-    o.resetOnOpen = true;
-    o.syncAnswer = 51;
-    o.paceAtBaud = true; // time enough to arm the fault once the header is in
+    BoardSim::Options o = resetting(51, true); // time enough to arm the fault once the header is in
     o.followMs = 3000;
     BoardSim board(o);
     choose(board, "simB");
@@ -452,9 +450,7 @@ TEST_F(DownloadPage, AllInOneMadeFromTheListIsTakenByTheBoard) {
     EXPECT_EQ(levels, QStringList({"ERROR", "ERROR", "INFO"}));
     ASSERT_EQ(readFile(out).size(), 5 + 9 + 1500 + 9 + 6000 + 9 + 100);
 
-    BoardSim::Options o;
-    o.resetOnOpen = true;
-    BoardSim board(o);
+    BoardSim board(resetting());
     choose(board, "simM");
     page->aioSelect->pathEdit->setText(out);
     runAndWait(page->aioStartButton);
@@ -468,11 +464,7 @@ TEST_F(DownloadPage, AllInOneMadeFromTheListIsTakenByTheBoard) {
 TEST_F(DownloadPage, ClosingTheWindowDuringARunLeavesTheRunToFinishAlone) {
     const QByteArray app = pattern(24000, 21);
     makeImage(pattern(500, 20), app, pattern(10, 22));
-    BoardSim::Options o;
-    o.resetOnOpen = true;
-    o.syncAnswer = 51;
-    o.paceAtBaud = true; // about two seconds on the line at 115200
-    BoardSim board(o);
+    BoardSim board(resetting(51, true)); // about two seconds on the line at 115200
     choose(board, "simC");
     page->dlBaudBox->setCurrentText("115200");
     QTest::mouseClick(page->aioStartButton, Qt::LeftButton);
@@ -490,9 +482,7 @@ TEST_F(DownloadPage, ClosingTheWindowDuringARunLeavesTheRunToFinishAlone) {
 TEST_F(DownloadPage, AStartBeforeTheControlsGoOffIsRefused) {
     const QByteArray stub = pattern(800, 30), app = pattern(6000, 31), data = pattern(40, 32);
     makeImage(stub, app, data);
-    BoardSim::Options o;
-    o.resetOnOpen = true;
-    BoardSim board(o);
+    BoardSim board(resetting());
     choose(board, "simD");
     const QString success = w("download/dlTab/download/success");
     const QString failed = w("download/dlTab/download/failed");
