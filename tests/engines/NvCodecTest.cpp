@@ -52,9 +52,32 @@ QList<NvItem> partitionList() {
     return {{"x", "1", ""}, {"partition", "p", ""}, {"uboot", "u", ""}};
 }
 
+// The codec, and the lines it logs.
+class NvCodec : public ::testing::Test {
+protected:
+    // The image the writer makes of the list.
+    QByteArray write(const QList<NvItem>& list, int type, int size) {
+        ByteBuffer out;
+        EXPECT_TRUE(utils.kvToNv(list, type, out, size)) << log.texts().join('\n').toStdString();
+        return imageOf(out);
+    }
+    // Reads the image and expects its type and items.
+    void expectReadBack(const QByteArray& image, int type, const QList<NvItem>& want) {
+        QList<NvItem> items;
+        int got = -1;
+        ASSERT_TRUE(utils.nvToKv(image, items, got));
+        EXPECT_EQ(got, type);
+        expectSameItems(items, want);
+    }
+
+    AppImpleUtils utils;
+    LogCatcher log{&utils};
+};
+using NvConfFile = NvCodec;
+
 } // namespace
 
-TEST(NvCodec, Crc32MatchesTheStandardValues) {
+TEST_F(NvCodec, Crc32MatchesTheStandardValues) {
     auto crc = [](const char* text) {
         return AppImpleUtils::crc32Of(0, reinterpret_cast<const unsigned char*>(text),
                                       int(qstrlen(text)));
@@ -67,11 +90,8 @@ TEST(NvCodec, Crc32MatchesTheStandardValues) {
     EXPECT_EQ(AppImpleUtils::crc32Of(AppImpleUtils::crc32Of(0, abc, 2), abc + 2, 1), 0x352441C2u);
 }
 
-TEST(NvCodec, OneItemImageByteForByte) {
-    AppImpleUtils utils;
-    LogCatcher log(&utils);
-    ByteBuffer out;
-    ASSERT_TRUE(utils.kvToNv({{"a", "b", "ignored"}}, 1, out, 4096));
+TEST_F(NvCodec, OneItemImageByteForByte) {
+    const QByteArray image = write({{"a", "b", "ignored"}}, 1, 4096);
 
     QByteArray want(4096, '\xFF');
     want[0] = 0;
@@ -84,23 +104,14 @@ TEST(NvCodec, OneItemImageByteForByte) {
                                      "198405f6"
                                      "01ffffff01000000"
                                      "61ffffff62ffffff"));
-    const QByteArray image = imageOf(out);
     EXPECT_EQ(image.toHex(), want.toHex());
+    expectReadBack(image, 1, {{"a", "b", ""}});
     EXPECT_TRUE(log.texts().isEmpty());
-
-    QList<NvItem> items;
-    int type = -1;
-    ASSERT_TRUE(utils.nvToKv(image, items, type));
-    EXPECT_EQ(type, 1);
-    expectSameItems(items, {{"a", "b", ""}});
 }
 
-TEST(NvCodec, RecordLengthsAndPadding) {
-    AppImpleUtils utils;
-    ByteBuffer out;
+TEST_F(NvCodec, RecordLengthsAndPadding) {
     // A 4-byte key has no padding; an empty value has no bytes; the next record follows at once.
-    ASSERT_TRUE(utils.kvToNv({{"abcd", "", ""}, {"k", "vwxyz", ""}}, 1, out, 4096));
-    const QByteArray image = imageOf(out);
+    const QByteArray image = write({{"abcd", "", ""}, {"k", "vwxyz", ""}}, 1, 4096);
     EXPECT_EQ(u32At(image, 36 + 20), 40u);
     EXPECT_EQ(uchar(image[36 + 28]), 4);
     EXPECT_EQ(u32At(image, 36 + 32), 0u);
@@ -112,41 +123,28 @@ TEST(NvCodec, RecordLengthsAndPadding) {
     EXPECT_TRUE(allErased(image, 124, 4096));
 }
 
-TEST(NvCodec, SectorsBehindTheRecordsGetAHeaderOnly) {
-    AppImpleUtils utils;
-    LogCatcher log(&utils);
-    ByteBuffer out;
-    ASSERT_TRUE(utils.kvToNv({{"a", "b", ""}}, 1, out, 8192));
-    const QByteArray image = imageOf(out);
+TEST_F(NvCodec, SectorsBehindTheRecordsGetAHeaderOnly) {
+    const QByteArray image = write({{"a", "b", ""}}, 1, 8192);
     ASSERT_EQ(image.size(), 8192);
     EXPECT_EQ(image.mid(0, 13).toHex(), QByteArray("00ffffff00ffffffffffffff00"));
     EXPECT_EQ(image.mid(4096, 13).toHex(), QByteArray("00ffffffffffffffffffffff00"));
     EXPECT_EQ(image.mid(4096 + 24, 4), QByteArray("EF41"));
     EXPECT_TRUE(allErased(image, 4096 + 28, 8192));
 
-    QList<NvItem> items;
-    int type = -1;
-    ASSERT_TRUE(utils.nvToKv(image, items, type));
-    expectSameItems(items, {{"a", "b", ""}});
-    EXPECT_EQ(type, 1);
+    expectReadBack(image, 1, {{"a", "b", ""}});
 
     // A full sector is left with its mark at 8; the next one is opened for records.
     const QList<NvItem> two = {{"a", QString(3984, 'v'), ""}, {"b", "c", ""}};
-    ASSERT_TRUE(utils.kvToNv(two, 1, out, 8192));
-    const QByteArray full = imageOf(out);
+    const QByteArray full = write(two, 1, 8192);
     EXPECT_EQ(full.mid(0, 13).toHex(), QByteArray("00ffffff00ffffff00ffffff00"));
     EXPECT_TRUE(allErased(full, 4060, 4096));
     EXPECT_EQ(full.mid(4096, 13).toHex(), QByteArray("00ffffff00ffffffffffffff00"));
     EXPECT_EQ(full.mid(4096 + 72, 1), QByteArray("b"));
-    items.clear();
-    ASSERT_TRUE(utils.nvToKv(full, items, type));
-    expectSameItems(items, two);
+    expectReadBack(full, 1, two);
     EXPECT_TRUE(log.texts().isEmpty());
 }
 
-TEST(NvCodec, InvalidSectorTagFailsWithItsBytes) {
-    AppImpleUtils utils;
-    LogCatcher log(&utils);
+TEST_F(NvCodec, InvalidSectorTagFailsWithItsBytes) {
     QList<NvItem> items;
     int type = -1;
     // %c gives the byte as a Latin-1 character: 0xFF is U+00FF.
@@ -158,9 +156,7 @@ TEST(NvCodec, InvalidSectorTagFailsWithItsBytes) {
     EXPECT_EQ(type, -1);
 
     // The items of the sectors read before the bad one stay.
-    ByteBuffer out;
-    ASSERT_TRUE(utils.kvToNv({{"a", "b", ""}}, 1, out, 4096));
-    QByteArray image = imageOf(out) + QByteArray(4096, '\xFF');
+    QByteArray image = write({{"a", "b", ""}}, 1, 4096) + QByteArray(4096, '\xFF');
     image.replace(4096 + 24, 4, "EF42");
     log.clear();
     EXPECT_FALSE(utils.nvToKv(image, items, type));
@@ -169,12 +165,8 @@ TEST(NvCodec, InvalidSectorTagFailsWithItsBytes) {
     EXPECT_EQ(type, 1);
 }
 
-TEST(NvCodec, PartitionImageKeepsKeyRecordsBelow1024) {
-    AppImpleUtils utils;
-    LogCatcher log(&utils);
-    ByteBuffer out;
-    ASSERT_TRUE(utils.kvToNv(partitionList(), 0, out, 4096));
-    const QByteArray image = imageOf(out);
+TEST_F(NvCodec, PartitionImageKeepsKeyRecordsBelow1024) {
+    const QByteArray image = write(partitionList(), 0, 4096);
     EXPECT_EQ(image.mid(24, 4), QByteArray("EF40"));
     // Key area: partition (36 + 12 + 4 = 52 bytes), then uboot (36 + 8 + 4 = 48 bytes).
     EXPECT_EQ(u32At(image, 36 + 20), 52u);
@@ -189,38 +181,28 @@ TEST(NvCodec, PartitionImageKeepsKeyRecordsBelow1024) {
     EXPECT_EQ(image.mid(1120 + 36, 5), QByteArray("uboot"));
     EXPECT_TRUE(allErased(image, 1168, 4096));
 
-    QList<NvItem> items;
-    int type = -1;
-    ASSERT_TRUE(utils.nvToKv(image, items, type));
-    EXPECT_EQ(type, 0);
-    expectSameItems(items, partitionList());
-    EXPECT_TRUE(log.texts().isEmpty());
+    expectReadBack(image, 0, partitionList());
 
     // Names with capitals count as keys and are written as they are.
-    ASSERT_TRUE(utils.kvToNv({{"Partition", "P", ""}, {"UBOOT", "U", ""}}, 0, out, 4096));
-    EXPECT_EQ(imageOf(out).mid(72, 9), QByteArray("Partition"));
-    EXPECT_EQ(imageOf(out).mid(88 + 36, 5), QByteArray("UBOOT"));
+    const QByteArray capitals = write({{"Partition", "P", ""}, {"UBOOT", "U", ""}}, 0, 4096);
+    EXPECT_EQ(capitals.mid(72, 9), QByteArray("Partition"));
+    EXPECT_EQ(capitals.mid(88 + 36, 5), QByteArray("UBOOT"));
 
     // An empty list opens no sector, so it needs no keys: every sector gets the bare header.
-    ASSERT_TRUE(utils.kvToNv({}, 0, out, 3 * 4096));
-    const QByteArray empty = imageOf(out);
+    const QByteArray empty = write({}, 0, 3 * 4096);
     for (int s = 0; s < 3 * 4096; s += 4096) {
         EXPECT_EQ(empty.mid(s, 13).toHex(), QByteArray("00ffffffffffffffffffffff00")) << s;
         EXPECT_EQ(empty.mid(s + 24, 4), QByteArray("EF40")) << s;
         EXPECT_TRUE(allErased(empty, s + 28, s + 4096)) << s;
     }
-    items.clear();
-    EXPECT_TRUE(utils.nvToKv(empty, items, type));
-    EXPECT_TRUE(items.isEmpty());
+    expectReadBack(empty, 0, {});
     EXPECT_TRUE(log.texts().isEmpty());
 }
 
-TEST(NvCodec, KeyItemsAreCountedByMatchAndAMissingOneFailsTheSave) {
+TEST_F(NvCodec, KeyItemsAreCountedByMatchAndAMissingOneFailsTheSave) {
     QTemporaryDir dir;
     const QString path = dir.filePath("partition.bin");
     writeFile(path, "old content");
-    AppImpleUtils utils;
-    LogCatcher log(&utils);
     EXPECT_FALSE(utils.saveNvFile({{"x", "1", ""}, {"partition", "p", ""}}, 0, path, 4096));
     EXPECT_EQ(log.errors(), QStringList({"GET_KEY_NV_LIST: want to get 2 keys: (partition,uboot), "
                                          "but get 1.",
@@ -246,9 +228,7 @@ TEST(NvCodec, KeyItemsAreCountedByMatchAndAMissingOneFailsTheSave) {
     EXPECT_EQ(log.texts().size(), 1);
 }
 
-TEST(NvCodec, WriterRefusesWhatDoesNotFit) {
-    AppImpleUtils utils;
-    LogCatcher log(&utils);
+TEST_F(NvCodec, WriterRefusesWhatDoesNotFit) {
     ByteBuffer out;
     auto failure = [&](const QList<NvItem>& list, int type, int size) {
         log.clear();
@@ -293,10 +273,8 @@ TEST(NvCodec, WriterRefusesWhatDoesNotFit) {
                                         "SAVE_NV_FILE: kv to nv format failed!"}));
 }
 
-TEST(NvCodec, FileRoundTripAndFileFailures) {
+TEST_F(NvCodec, FileRoundTripAndFileFailures) {
     QTemporaryDir dir;
-    AppImpleUtils utils;
-    LogCatcher log(&utils);
     // The long record comes first: a record never moves on to the next sector for room.
     QList<NvItem> list = {{QString(255, 'k'), QString(300, 'x'), ""}};
     for (int i = 0; i < 200; ++i)
@@ -340,14 +318,10 @@ TEST(NvCodec, FileRoundTripAndFileFailures) {
     EXPECT_EQ(log.texts(), QStringList("NV_TO_TEXT: write data to file failed!"));
 }
 
-TEST(NvCodec, ReaderStopsAtShortImagesAndBadLengths) {
-    AppImpleUtils utils;
-    LogCatcher log(&utils);
-    ByteBuffer out;
-    ASSERT_TRUE(utils.kvToNv(
+TEST_F(NvCodec, ReaderStopsAtShortImagesAndBadLengths) {
+    const QByteArray image = write(
         {{"first", "1", ""}, {"second", QString("ab") + QChar(0) + "cd", ""}, {"third", "333", ""}},
-        1, out, 4096));
-    const QByteArray image = imageOf(out);
+        1, 4096);
     // Records: first at 36 (48 bytes), second at 84 (52 bytes), third at 136.
     QList<NvItem> items;
     int type = -1;
@@ -387,9 +361,7 @@ TEST(NvCodec, ReaderStopsAtShortImagesAndBadLengths) {
 // Random and damaged images: the reader never reads outside the image (each image lies in a
 // heap block of its exact size, so the sanitizer build sees any overrun), never loops, and
 // fails only for a bad tag. Random lists that the writer accepts read back unchanged.
-TEST(NvCodec, RandomImagesAndListsAreHandledSafely) {
-    AppImpleUtils utils;
-    LogCatcher log(&utils);
+TEST_F(NvCodec, RandomImagesAndListsAreHandledSafely) {
     std::mt19937 rng(20240611);
     auto below = [&rng](int n) { return int(rng() % unsigned(n)); };
     auto randomList = [&]() {
@@ -416,11 +388,7 @@ TEST(NvCodec, RandomImagesAndListsAreHandledSafely) {
         ASSERT_EQ(out.size(), sectors * 4096);
         QByteArray image = imageOf(out);
         if (written && iteration % 3 == 0) {
-            QList<NvItem> back;
-            int backType = -1;
-            ASSERT_TRUE(utils.nvToKv(image, back, backType));
-            expectSameItems(back, list);
-            EXPECT_EQ(backType, type);
+            ASSERT_NO_FATAL_FAILURE(expectReadBack(image, type, list));
             ++accepted;
             continue;
         }
@@ -467,11 +435,9 @@ TEST(NvCodec, RandomImagesAndListsAreHandledSafely) {
     EXPECT_GT(accepted, 200); // the writer really took a fair share of the lists
 }
 
-TEST(NvConfFile, SavedBytesAndReadBack) {
+TEST_F(NvConfFile, SavedBytesAndReadBack) {
     QTemporaryDir dir;
     const QString path = dir.filePath("nv.conf");
-    AppImpleUtils utils;
-    LogCatcher log(&utils);
     const QList<NvItem> list = {{"a", "b", "c"},
                                 {QString::fromUtf8("名"), QString::fromUtf8("中文é"), ""},
                                 {"q", "<\"&>", "tab\there"}};
