@@ -5,6 +5,7 @@
 
 #include <QTemporaryFile>
 
+#include <functional>
 #include <stdexcept>
 
 namespace {
@@ -71,20 +72,17 @@ TEST(Serial, ClosedPortOperationsRaiseTheirNames) {
     serial::Serial s;
     uint8_t byte = 0;
     EXPECT_EQ(s.available(), 0u);
-    EXPECT_EQ(raised<serial::PortNotOpenedException>([&] { s.read(&byte, 1); }),
-              "PortNotOpenedException Serial::read failed.");
-    EXPECT_EQ(raised<serial::PortNotOpenedException>([&] { s.write(&byte, 1); }),
-              "PortNotOpenedException Serial::write failed.");
-    EXPECT_EQ(raised<serial::PortNotOpenedException>([&] { s.flush(); }),
-              "PortNotOpenedException Serial::flush failed.");
-    EXPECT_EQ(raised<serial::PortNotOpenedException>([&] { s.flushInput(); }),
-              "PortNotOpenedException Serial::flushInput failed.");
-    EXPECT_EQ(raised<serial::PortNotOpenedException>([&] { s.flushOutput(); }),
-              "PortNotOpenedException Serial::flushOutput failed.");
-    EXPECT_EQ(raised<serial::PortNotOpenedException>([&] { s.setRTS(true); }),
-              "PortNotOpenedException Serial::setRTS failed.");
-    EXPECT_EQ(raised<serial::PortNotOpenedException>([&] { s.setDTR(true); }),
-              "PortNotOpenedException Serial::setDTR failed.");
+    const std::pair<std::string, std::function<void()>> operations[] = {
+        {"read", [&] { s.read(&byte, 1); }},
+        {"write", [&] { s.write(&byte, 1); }},
+        {"flush", [&] { s.flush(); }},
+        {"flushInput", [&] { s.flushInput(); }},
+        {"flushOutput", [&] { s.flushOutput(); }},
+        {"setRTS", [&] { s.setRTS(true); }},
+        {"setDTR", [&] { s.setDTR(true); }}};
+    for (const auto& [name, operation] : operations)
+        EXPECT_EQ(raised<serial::PortNotOpenedException>(operation),
+                  "PortNotOpenedException Serial::" + name + " failed.");
     s.close(); // closing a closed port is nothing
 }
 

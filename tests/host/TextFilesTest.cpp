@@ -1,4 +1,5 @@
 #include "host/HostTextFiles.h"
+#include "support/QtPrinters.h"
 
 #include <gtest/gtest.h>
 
@@ -11,15 +12,12 @@
 
 #include <ostream>
 
-// Qt texts in gtest's failure messages and value printouts.
+// Qt texts in gtest's failure messages.
 std::ostream& operator<<(std::ostream& os, const QString& text) {
     return os << text.toStdString();
 }
 std::ostream& operator<<(std::ostream& os, const QStringList& texts) {
     return os << '[' << texts.join(QStringLiteral(" | ")) << ']';
-}
-void PrintTo(const QString& text, std::ostream* os) {
-    *os << '"' << text << '"';
 }
 
 namespace {

@@ -4,6 +4,7 @@
 #include "kit/SysStyle.h"
 #include "kit/SysVLayout.h"
 #include "kit/SysWidget.h"
+#include "support/QtPrinters.h"
 
 #include <QGuiApplication>
 #include <QLabel>
@@ -12,17 +13,6 @@
 
 #include <climits>
 #include <cmath>
-
-namespace {
-
-std::vector<std::string> toStd(const QStringList& list) {
-    std::vector<std::string> out;
-    for (const QString& s : list)
-        out.push_back(s.toStdString());
-    return out;
-}
-
-} // namespace
 
 TEST(KitShade, LightenAndDarkenGiveExactLowerCaseBytes) {
     EXPECT_EQ(sysLighten("#409eff", 0.25f), "#70b6ff");
@@ -56,18 +46,14 @@ TEST(KitShade, AnythingButAHashColourAndAFactorInRangeGivesEmpty) {
 
 TEST(KitRange, WalksUpAndDownIncludingBothEnds) {
     auto ms = [](int v) { return QString("%1 ms").arg(v); };
-    EXPECT_EQ(toStd(sysRangeStrings(0, 3, ms, 1)),
-              (std::vector<std::string>{"0 ms", "1 ms", "2 ms", "3 ms"}));
-    EXPECT_EQ(toStd(sysRangeStrings(3, 0, ms, -1)),
-              (std::vector<std::string>{"3 ms", "2 ms", "1 ms", "0 ms"}));
-    EXPECT_EQ(toStd(sysRangeStrings(0, 5, ms, 2)),
-              (std::vector<std::string>{"0 ms", "2 ms", "4 ms"}));
-    EXPECT_EQ(toStd(sysRangeStrings(5, 0, ms, -2)),
-              (std::vector<std::string>{"5 ms", "3 ms", "1 ms"}));
+    EXPECT_EQ(sysRangeStrings(0, 3, ms, 1), QStringList({"0 ms", "1 ms", "2 ms", "3 ms"}));
+    EXPECT_EQ(sysRangeStrings(3, 0, ms, -1), QStringList({"3 ms", "2 ms", "1 ms", "0 ms"}));
+    EXPECT_EQ(sysRangeStrings(0, 5, ms, 2), QStringList({"0 ms", "2 ms", "4 ms"}));
+    EXPECT_EQ(sysRangeStrings(5, 0, ms, -2), QStringList({"5 ms", "3 ms", "1 ms"}));
     EXPECT_TRUE(sysRangeStrings(1, 0, ms, 1).isEmpty());
     EXPECT_TRUE(sysRangeStrings(0, 1, ms, -1).isEmpty());
     EXPECT_TRUE(sysRangeStrings(0, 3, ms, 0).isEmpty());
-    EXPECT_EQ(toStd(sysRangeStrings(7, 7, ms, 1)), (std::vector<std::string>{"7 ms"}));
+    EXPECT_EQ(sysRangeStrings(7, 7, ms, 1), QStringList({"7 ms"}));
     // The walk ends at the int limits instead of wrapping around.
     EXPECT_EQ(sysRangeStrings(INT_MAX - 1, INT_MAX, ms, 1).size(), 2);
     EXPECT_EQ(sysRangeStrings(INT_MIN + 1, INT_MIN, ms, -1).size(), 2);

@@ -8,8 +8,6 @@
 
 #include <gtest/gtest.h>
 
-namespace {} // namespace
-
 TEST(XmlDocument, AttributesKeepTheOrderInWhichTheyWereSet) {
     QTemporaryDir dir;
     const QString path = dir.filePath("serial.config");

@@ -114,9 +114,6 @@ protected:
 } // namespace
 
 TEST_F(PingPanel, StartNeedsAMessageAndAPortItCanListenOn) {
-    EXPECT_EQ(panel->title(), "PING包");
-    EXPECT_EQ(panel->startButton->text(), "开始");
-
     panel->messageEdit->setText(" \t ");
     click();
     EXPECT_EQ(lastLine(), "请输入发送内容!");
