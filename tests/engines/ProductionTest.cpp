@@ -388,74 +388,42 @@ TEST(ProductionCommands, EachExchangeWaitsItsOwnLimit) {
         QString error;
         Lines lines;
     };
-    using E = AppQZ4410Imple;
-    const std::vector<Case> cases = {
-        {{"SUCCESS\r\n"}, // lower case wanted
-         [](E& e, ComPort& p, Out&) { return e.restartSystem(p); },
-         3000,
-         sndFailed("resystem", "success"),
-         {"resystem\r"}},
-        {{"SUCCESS\r\n"},
-         [](E& e, ComPort& p, Out&) { return e.writeAmtKey(p, "K", "1"); },
-         3000,
-         "WR_AMT_KEY: send cmd failed!",
-         {"nvsamt K 1\r"}},
-        {{"OK\r\n"},
-         [](E& e, ComPort& p, Out&) { return e.saveCalibrationFlag(p, true); },
-         3000,
-         "WR_AMT_NV_KEY: send cmd failed!",
-         {"amt_nv_set CALIBRATION 1\r"}},
-        {{"OK\r\n"},
-         [](E& e, ComPort& p, Out& o) { return e.calibrateTxPower(p, 0, 1, o.text); },
-         2000,
-         "SET_POWER_CALV: send cmd failed!",
-         {"amt_txpower_cal 1 1\r"}},
-        {{"end OK\r\n"},
-         [](E& e, ComPort& p, Out& o) { return e.stopPhyRx(p, 6, o.number); },
-         2000,
-         "STOP_RX: can not find [reccount]!",
-         {"amt_phy_rx_test 6 0\r"}},
-        {{"OK\r\n"},
-         [](E& e, ComPort& p, Out& o) { return e.calibrateFreqOffset(p, 0, 0, 1, 0, 0, o.text); },
-         500,
-         "SET_FREQ_CALV: send cmd failed!",
-         {"amt_phy_tx_freqoffset_test 1 0 1 0 7 1 0\r"}},
-        {{"OK", "OK\r\n"}, // the bandwidth's settle time, then the limit
-         [](E& e, ComPort& p, Out&) { return e.startPhyRx(p, 6, 0); },
-         550,
-         sndFailed("amt_phy_rx_test 6 1", "reccount"),
-         {"rf bw_set 0\r", "amt_phy_rx_test 6 1\r"}},
-        {{"ERROR\r\n"}, // a refused bandwidth ends the start
-         [](E& e, ComPort& p, Out&) { return e.startPhyTx(p, 0, 0, 1, 0, 7); },
-         500,
-         sndFailed("rf bw_set 0", "OK"),
-         {"rf bw_set 0\r"}},
-        {{"ERROR\r\n"},
-         [](E& e, ComPort& p, Out&) { return e.startPhyTxFixed(p); },
-         500,
-         sndFailed("amt_phy_tx_test 1 0 1 1 1 0", "OK"),
-         {"amt_phy_tx_test 1 0 1 1 1 0\r"}},
-        {{""}, // the wait before the read, then the read
-         [](E& e, ComPort& p, Out& o) { return e.measureSignal(p, 3, o.f, o.f, o.f, o.f, 100); },
-         600,
-         "SIG_MEAS: recv rsp timeout!",
-         {"sigdsend 3\r"}},
-        {{""},
-         [](E& e, ComPort& p, Out& o) { return e.getMacAmt(p, o.text); },
-         500,
-         "GET_MAC_AMT: recv rsp timeout!",
-         {"get_mac 0\r"}},
-        {{""},
-         [](E& e, ComPort& p, Out& o) { return e.getTestSign(p, o.text); },
-         500,
-         "GET_TEST_SIGN: recv rsp timeout!",
-         {"nvgamt TEST_SIGN\r"}},
-        {{""},
-         [](E& e, ComPort& p, Out&) { return e.setTestSign(p, "0000000001"); },
-         500,
-         "SET_TEST_SIGN: recv rsp timeout!",
-         {"nvsamt TEST_SIGN 0000000001\r"}},
+    std::vector<Case> cases;
+    auto add = [&cases](Lines replies, Run run, long limitMs, QString error, Lines lines) {
+        cases.push_back({replies, run, limitMs, error, lines});
     };
+#define RUN(...)                                                                                   \
+    [](AppQZ4410Imple& e, ComPort& p, [[maybe_unused]] Out& o) { return e.__VA_ARGS__; }
+    // lower case wanted
+    add({"SUCCESS\r\n"}, RUN(restartSystem(p)), 3000, sndFailed("resystem", "success"),
+        {"resystem\r"});
+    add({"SUCCESS\r\n"}, RUN(writeAmtKey(p, "K", "1")), 3000, "WR_AMT_KEY: send cmd failed!",
+        {"nvsamt K 1\r"});
+    add({"OK\r\n"}, RUN(saveCalibrationFlag(p, true)), 3000, "WR_AMT_NV_KEY: send cmd failed!",
+        {"amt_nv_set CALIBRATION 1\r"});
+    add({"OK\r\n"}, RUN(calibrateTxPower(p, 0, 1, o.text)), 2000,
+        "SET_POWER_CALV: send cmd failed!", {"amt_txpower_cal 1 1\r"});
+    add({"end OK\r\n"}, RUN(stopPhyRx(p, 6, o.number)), 2000, "STOP_RX: can not find [reccount]!",
+        {"amt_phy_rx_test 6 0\r"});
+    add({"OK\r\n"}, RUN(calibrateFreqOffset(p, 0, 0, 1, 0, 0, o.text)), 500,
+        "SET_FREQ_CALV: send cmd failed!", {"amt_phy_tx_freqoffset_test 1 0 1 0 7 1 0\r"});
+    // the bandwidth's settle time, then the limit
+    add({"OK", "OK\r\n"}, RUN(startPhyRx(p, 6, 0)), 550,
+        sndFailed("amt_phy_rx_test 6 1", "reccount"), {"rf bw_set 0\r", "amt_phy_rx_test 6 1\r"});
+    // a refused bandwidth ends the start
+    add({"ERROR\r\n"}, RUN(startPhyTx(p, 0, 0, 1, 0, 7)), 500, sndFailed("rf bw_set 0", "OK"),
+        {"rf bw_set 0\r"});
+    add({"ERROR\r\n"}, RUN(startPhyTxFixed(p)), 500, sndFailed("amt_phy_tx_test 1 0 1 1 1 0", "OK"),
+        {"amt_phy_tx_test 1 0 1 1 1 0\r"});
+    // the wait before the read, then the read
+    add({""}, RUN(measureSignal(p, 3, o.f, o.f, o.f, o.f, 100)), 600, "SIG_MEAS: recv rsp timeout!",
+        {"sigdsend 3\r"});
+    add({""}, RUN(getMacAmt(p, o.text)), 500, "GET_MAC_AMT: recv rsp timeout!", {"get_mac 0\r"});
+    add({""}, RUN(getTestSign(p, o.text)), 500, "GET_TEST_SIGN: recv rsp timeout!",
+        {"nvgamt TEST_SIGN\r"});
+    add({""}, RUN(setTestSign(p, "0000000001")), 500, "SET_TEST_SIGN: recv rsp timeout!",
+        {"nvsamt TEST_SIGN 0000000001\r"});
+#undef RUN
 
     std::vector<std::thread> runs;
     for (const Case& c : cases) {
