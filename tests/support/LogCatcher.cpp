@@ -18,32 +18,25 @@ std::vector<LogCatcher::Line> LogCatcher::lines() const {
 }
 
 QStringList LogCatcher::texts() const {
-    QStringList out;
-    for (const Line& l : lines())
-        out << l.text;
-    return out;
+    return select([](const Line&) { return true; });
 }
 
 QStringList LogCatcher::errors() const {
-    QStringList out;
-    for (const Line& l : lines())
-        if (l.level == SYS_LOG_ERROR)
-            out << l.text;
-    return out;
+    return select([](const Line& l) { return l.level == SYS_LOG_ERROR; });
 }
 
 QStringList LogCatcher::infos() const {
-    QStringList out;
-    for (const Line& l : lines())
-        if (l.level == SYS_LOG_INFO)
-            out << l.text;
-    return out;
+    return select([](const Line& l) { return l.level == SYS_LOG_INFO; });
 }
 
 QStringList LogCatcher::starting(const QString& prefix) const {
+    return select([&](const Line& l) { return l.text.startsWith(prefix); });
+}
+
+QStringList LogCatcher::select(const std::function<bool(const Line&)>& wanted) const {
     QStringList out;
     for (const Line& l : lines())
-        if (l.text.startsWith(prefix))
+        if (wanted(l))
             out << l.text;
     return out;
 }

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <mutex>
 #include <vector>
 
@@ -29,6 +30,8 @@ public:
     void clear();
 
 private:
+    QStringList select(const std::function<bool(const Line&)>& wanted) const;
+
     mutable std::mutex mutex_;
     std::vector<Line> lines_;
 };

@@ -40,9 +40,17 @@ void PtyPeer::write(const std::string& bytes) {
 }
 
 std::string PtyPeer::read(int quietMs, int maxMs) {
+    return take(0, quietMs, maxMs);
+}
+
+std::string PtyPeer::readExactly(size_t n, int timeoutMs) {
+    return take(n, timeoutMs, timeoutMs);
+}
+
+std::string PtyPeer::take(size_t want, int quietMs, int maxMs) {
     std::string out;
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(maxMs);
-    while (master_ >= 0) {
+    while (master_ >= 0 && (want == 0 || out.size() < want)) {
         const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
                               end - std::chrono::steady_clock::now())
                               .count();
@@ -52,28 +60,8 @@ std::string PtyPeer::read(int quietMs, int maxMs) {
         if (::poll(&p, 1, int(std::min<long>(left, quietMs))) <= 0 || !(p.revents & POLLIN))
             break;
         char buf[4096];
-        const ssize_t n = ::read(master_, buf, sizeof buf);
-        if (n <= 0)
-            break;
-        out.append(buf, size_t(n));
-    }
-    return out;
-}
-
-std::string PtyPeer::readExactly(size_t n, int timeoutMs) {
-    std::string out;
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-    while (master_ >= 0 && out.size() < n) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-                              end - std::chrono::steady_clock::now())
-                              .count();
-        if (left <= 0)
-            break;
-        pollfd p{master_, POLLIN, 0};
-        if (::poll(&p, 1, int(left)) <= 0 || !(p.revents & POLLIN))
-            break;
-        char buf[4096];
-        const ssize_t got = ::read(master_, buf, std::min(sizeof buf, n - out.size()));
+        const size_t room = want == 0 ? sizeof buf : std::min(sizeof buf, want - out.size());
+        const ssize_t got = ::read(master_, buf, room);
         if (got <= 0)
             break;
         out.append(buf, size_t(got));

@@ -25,6 +25,10 @@ public:
     void close();
 
 private:
+    // What comes until `want` bytes are in (0: any number), a wait of `quietMs` brings
+    // nothing, or `maxMs` have passed.
+    std::string take(size_t want, int quietMs, int maxMs);
+
     int master_ = -1;
     std::string slavePath_;
 };
