@@ -168,15 +168,19 @@ TEST(FirmwareCommands, VersionStateEchoAndOpening) {
             Bench b;
             b.fw.inject(Fault::refuse("echoclose"));
             EXPECT_TRUE(b.engine.setEcho(b.port, true, 2000));
-            EXPECT_EQ(b.fw.lines(), times(2, "echoclose 1"));
             EXPECT_TRUE(b.state().echo);
             EXPECT_EQ(b.wire(), QByteArray("echoclose 1\rechoclose 1\r"));
         },
-        [] { // opening by number, with echo closed
+        [] { // opening by number: a board in its ROM does not close echo, and the port is closed
+             // again; a running firmware has its echo closed
             Bench b(false);
             b.port.close();
-            b.board.startFirmware(); // echo on, as a fresh firmware has it
             const int number = PortTable::numberOf(QString::fromStdString(b.board.devicePath()));
+            EXPECT_FALSE(b.engine.openComPort(b.port, number, 115200, true));
+            EXPECT_FALSE(b.port.isOpen());
+            EXPECT_EQ(b.log.texts(), QStringList({"OPEN_COM_PORT: close echo failed!"}));
+            b.log.clear();
+            b.board.startFirmware(); // echo on, as a fresh firmware has it
             EXPECT_TRUE(b.engine.openComPort(b.port, number, 115200, true));
             EXPECT_TRUE(b.port.isOpen());
             EXPECT_FALSE(b.state().echo);
@@ -191,14 +195,6 @@ TEST(FirmwareCommands, VersionStateEchoAndOpening) {
             EXPECT_EQ(
                 b.log.texts(),
                 QStringList({QStringLiteral("OPEN_COM_PORT: open port failed: %1").arg(missing)}));
-        },
-        [] { // a board in its ROM does not close echo: the port is closed again
-            Bench b(false);
-            b.port.close();
-            const int number = PortTable::numberOf(QString::fromStdString(b.board.devicePath()));
-            EXPECT_FALSE(b.engine.openComPort(b.port, number, 115200, true));
-            EXPECT_FALSE(b.port.isOpen());
-            EXPECT_EQ(b.log.texts(), QStringList({"OPEN_COM_PORT: close echo failed!"}));
         },
     });
 }
@@ -890,36 +886,31 @@ TEST(FirmwareCommands, WifiTestLoops) {
                                    "amt_tx_start 5 2 6 0 0 90 3", "amt_set_apcindex 30"}));
             EXPECT_TRUE(b.log.texts().isEmpty());
         },
-        [] {
+        [] { // each loop failing: a mode without a number, a refused start, a refused stop
             Bench b;
             EXPECT_FALSE(b.engine.txTest(b.port, 4, 0, 6, 0, nullptr));
             b.fw.inject(Fault::refuse("amt_tx_stop"));
             EXPECT_FALSE(b.engine.txTest(b.port, 0, 0, 6, 0, nullptr));
-            EXPECT_EQ(b.log.texts(), QStringList({"invalid wifi mode: -1, origin mode value: 4",
-                                                  "TX_TEST: start tx test failed!",
-                                                  "TX_TEST: stop tx test failed!"}));
             EXPECT_TRUE(b.state().wifiTx.running); // left running on the board
-        },
-        [] {
-            Bench b;
             int count = -1;
             EXPECT_FALSE(b.engine.rxTest(b.port, 0, 0, nullptr, count));
             b.fw.inject(Fault::refuse("amt_rx_stop"));
             EXPECT_FALSE(b.engine.rxTest(b.port, 1, 0, nullptr, count));
             EXPECT_EQ(count, -1);
-            EXPECT_EQ(b.log.texts(), QStringList({"RX_TEST: start rx test failed!",
-                                                  "STOP_RX: send stop cmd failed",
-                                                  "RX_TEST: stop rx test failed!"}));
-        },
-        [] {
-            Bench b;
+            b.fw.clearLines();
             int gain = -1;
             EXPECT_FALSE(b.engine.txGainTest(b.port, 5, 0, 6, 0, gain));
             EXPECT_FALSE(b.engine.txApcTest(b.port, 0, 0, 6, 0, 500, 0, 90, 3));
             EXPECT_EQ(gain, -1);
-            EXPECT_EQ(b.log.texts(), QStringList({"invalid wifi mode: -1, origin mode value: 5"}));
             EXPECT_EQ(b.fw.lines(),
                       QStringList({"amt_tx_start 0 0 6 0 0 90 3", "amt_set_apcindex 500"}));
+            EXPECT_EQ(
+                b.log.texts(),
+                QStringList({"invalid wifi mode: -1, origin mode value: 4",
+                             "TX_TEST: start tx test failed!", "TX_TEST: stop tx test failed!",
+                             "RX_TEST: start rx test failed!", "STOP_RX: send stop cmd failed",
+                             "RX_TEST: stop rx test failed!",
+                             "invalid wifi mode: -1, origin mode value: 5"}));
         },
     });
 }
@@ -986,22 +977,19 @@ TEST(FirmwareCommands, BleCommandsAndLoops) {
                                                  "amtBleRxStart 0 19", "amtBleRxStop"}));
             EXPECT_TRUE(b.log.texts().isEmpty());
         },
-        [] {
+        [] { // each loop failing at its start and at its stop
             Bench b;
             EXPECT_FALSE(b.engine.bleTxTest(b.port, 0, 41, 0, 37, 2, nullptr));
             b.fw.inject(Fault::refuse("amtBleTxStop"));
             EXPECT_FALSE(b.engine.bleTxTest(b.port, 0, 19, 0, 37, 2, nullptr));
-            EXPECT_EQ(b.log.texts(), QStringList({"TX_TEST_BLE: start tx test failed!",
-                                                  "TX_TEST_BLE: stop tx test failed!"}));
-        },
-        [] {
-            Bench b;
             int count = -1;
             EXPECT_FALSE(b.engine.bleRxTest(b.port, 0, 41, nullptr, count));
             b.fw.inject(Fault::replace("57 OK\r\n", "amtBleRxStop"));
             EXPECT_FALSE(b.engine.bleRxTest(b.port, 0, 19, nullptr, count));
             EXPECT_EQ(count, -1);
-            EXPECT_EQ(b.log.texts(), QStringList({"RX_TEST_BLE: start rx test failed!",
+            EXPECT_EQ(b.log.texts(), QStringList({"TX_TEST_BLE: start tx test failed!",
+                                                  "TX_TEST_BLE: stop tx test failed!",
+                                                  "RX_TEST_BLE: start rx test failed!",
                                                   "STOP_RX_TEST_BLE: rsp can not slice to 2 items!",
                                                   "RX_TEST_BLE: stop rx test failed!"}));
         },
