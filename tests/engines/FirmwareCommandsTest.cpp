@@ -446,38 +446,32 @@ TEST(FirmwareCommands, MacNvStoresAndRegisters) {
 }
 
 TEST(FirmwareCommands, TestSignAndAmtKeys) {
-    inParallel({
-        [] {
-            Bench b;
-            QString sign;
-            EXPECT_TRUE(b.engine.getTestSign(b.port, sign)); // no sign yet: ERROR
-            EXPECT_EQ(sign, "0000000000");
-            EXPECT_TRUE(b.engine.setTestSign(b.port, "0120000000"));
-            EXPECT_TRUE(b.engine.setStationSign(b.port, 3, 1));
-            EXPECT_EQ(b.state().nv[State::Amt].at("TEST_SIGN"), "0121000000");
-            int st = -1;
-            EXPECT_TRUE(b.engine.getStationSign(b.port, 2, st));
-            EXPECT_EQ(st, 2);
-            EXPECT_TRUE(b.engine.writeAmtKey(b.port, "CAL_DONE", "yes", 500, 50));
-            EXPECT_EQ(b.state().nv[State::Amt].at("CAL_DONE"), "yes");
-            EXPECT_EQ(b.wire(), QByteArray("nvgamt TEST_SIGN\rnvsamt TEST_SIGN 0120000000\r"
-                                           "nvgamt TEST_SIGN\rnvsamt TEST_SIGN 0121000000\r"
-                                           "nvgamt TEST_SIGN\rnvsamt CAL_DONE yes\r"));
-            EXPECT_TRUE(b.log.texts().isEmpty());
-        },
-        [] { // the key writer of this engine waits for SUCCESS itself
-            Bench b;
-            b.fw.inject(Fault::refuse("nvsamt"));
-            EXPECT_FALSE(b.engine.writeAmtKey(b.port, "K", "V", 500, 50));
-            b.fw.inject(Fault::withhold("nvsamt"));
-            EXPECT_FALSE(b.engine.writeAmtKey(b.port, "K", "V", 300, 50));
-            ComPort closed;
-            EXPECT_FALSE(b.engine.writeAmtKey(closed, "K", "V", 300, 50));
-            EXPECT_EQ(b.log.texts(),
-                      QStringList({"WR_AMT_KEY: can not find SUCCESS sign!",
-                                   "WR_AMT_KEY: recv timeout!", "WR_AMT_KEY: send cmd failed!"}));
-        },
-    });
+    Bench b;
+    QString sign;
+    EXPECT_TRUE(b.engine.getTestSign(b.port, sign)); // no sign yet: ERROR
+    EXPECT_EQ(sign, "0000000000");
+    EXPECT_TRUE(b.engine.setTestSign(b.port, "0120000000"));
+    EXPECT_TRUE(b.engine.setStationSign(b.port, 3, 1));
+    EXPECT_EQ(b.state().nv[State::Amt].at("TEST_SIGN"), "0121000000");
+    int st = -1;
+    EXPECT_TRUE(b.engine.getStationSign(b.port, 2, st));
+    EXPECT_EQ(st, 2);
+    EXPECT_TRUE(b.engine.writeAmtKey(b.port, "CAL_DONE", "yes", 500, 50));
+    EXPECT_EQ(b.state().nv[State::Amt].at("CAL_DONE"), "yes");
+    EXPECT_EQ(b.wire(), QByteArray("nvgamt TEST_SIGN\rnvsamt TEST_SIGN 0120000000\r"
+                                   "nvgamt TEST_SIGN\rnvsamt TEST_SIGN 0121000000\r"
+                                   "nvgamt TEST_SIGN\rnvsamt CAL_DONE yes\r"));
+    EXPECT_TRUE(b.log.texts().isEmpty());
+    // The key writer of this engine waits for SUCCESS itself.
+    b.fw.inject(Fault::refuse("nvsamt"));
+    EXPECT_FALSE(b.engine.writeAmtKey(b.port, "K", "V", 500, 50));
+    b.fw.inject(Fault::withhold("nvsamt"));
+    EXPECT_FALSE(b.engine.writeAmtKey(b.port, "K", "V", 300, 50));
+    ComPort closed;
+    EXPECT_FALSE(b.engine.writeAmtKey(closed, "K", "V", 300, 50));
+    EXPECT_EQ(b.log.texts(),
+              QStringList({"WR_AMT_KEY: can not find SUCCESS sign!", "WR_AMT_KEY: recv timeout!",
+                           "WR_AMT_KEY: send cmd failed!"}));
 }
 
 // ---- Efuse ----
@@ -581,9 +575,8 @@ TEST(FirmwareCommands, EfuseWordsAndTheStateWord) {
             EXPECT_FULL_WAIT(t, 500);
             EXPECT_EQ(b.fw.lines().size(), 2);
             EXPECT_TRUE(b.log.texts().isEmpty());
-        },
-        [] { // a list stops at its first failed word; the words before stay burnt
-            Bench b;
+            // A list stops at its first failed word; the words before stay burnt.
+            b.fw.clearLines();
             b.fw.inject(Fault::refuse("efuse write 0x28"));
             EXPECT_FALSE(b.engine.writeEfuseWords(b.port, 0x24, {1, 2, 3}));
             EXPECT_EQ(b.fw.lines(), QStringList({"efuse write 0x24 0x00000001 0xfffffffe",
