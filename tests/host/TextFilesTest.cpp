@@ -1,5 +1,6 @@
 #include "host/HostTextFiles.h"
 #include "support/QtPrinters.h"
+#include "support/TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -151,12 +152,8 @@ TEST(HostTextFiles, ReadsEscapesAndAnswersUnknownKeysWithTheKey) {
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
     const QString good = dir.filePath(QStringLiteral("good.tsv"));
-    {
-        QFile file(good);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("# a comment\n\nlines\tone\\ntwo\\tthree\\\\four\nspaced\t  two blanks\n"
-                   "chinese\t串口已打开。\n");
-    }
+    writeFile(good, "# a comment\n\nlines\tone\\ntwo\\tthree\\\\four\nspaced\t  two blanks\n"
+                    "chinese\t串口已打开。\n");
     HostTextFiles words;
     QString error;
     ASSERT_TRUE(words.load(good, &error)) << error;
@@ -174,11 +171,7 @@ TEST(HostTextFiles, ReadsEscapesAndAnswersUnknownKeysWithTheKey) {
     EXPECT_TRUE(none.keys().isEmpty());
 
     const QString broken = dir.filePath(QStringLiteral("broken.tsv"));
-    {
-        QFile file(broken);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("fine\tyes\nno tab on this line\n");
-    }
+    writeFile(broken, "fine\tyes\nno tab on this line\n");
     EXPECT_FALSE(none.load(broken, &error));
     EXPECT_TRUE(error.contains(QStringLiteral(":2:"))) << error;
     EXPECT_FALSE(none.contains(QStringLiteral("fine")));

@@ -95,11 +95,6 @@ TEST(KitComboBox, PlaceholderStaysTheCaptionAfterEveryChoice) {
     EXPECT_EQ(combo.currentText(), "Import");
     EXPECT_TRUE(view->isRowHidden(2));
     EXPECT_FALSE(view->isRowHidden(0));
-    // The caption is drawn on the theme colour.
-    EXPECT_TRUE(combo.styleSheet().endsWith(
-        "\tQComboBox {\t\tborder-color: #409eff;\t}\tQComboBox {\t\tbackground-color: #409eff;\t}"
-        "\tQComboBox {\t\tcolor: #FFF;\t}\tQComboBox::drop-down {\t\tborder-left-color: #FFF;\t}"
-        "\tQComboBox::down-arrow {\t\tborder-top-color: #FFF;\t\tborder-bottom-color: #FFF;\t}"));
 
     QTest::keyClick(&combo, Qt::Key_Up);
     ASSERT_EQ(activated.count(), 2);
@@ -115,7 +110,7 @@ TEST(KitComboBox, PlaceholderStaysTheCaptionAfterEveryChoice) {
     EXPECT_EQ(combo.currentText(), "Load");
     EXPECT_TRUE(view->isRowHidden(2));
 
-    // A new theme recolours the caption too.
+    // The caption is drawn on the theme colour, a new one too.
     combo.setThemeColor("#ff0000");
     EXPECT_TRUE(combo.styleSheet().endsWith(
         "\tQComboBox {\t\tborder-color: #ff0000;\t}\tQComboBox {\t\tbackground-color: #ff0000;\t}"
