@@ -1,3 +1,4 @@
+#include "DialogAnswers.h"
 #include "SheetProbe.h"
 #include "support/QtPrinters.h"
 
@@ -78,31 +79,8 @@ TEST(KitStateButton, StatesShowTheirRecordAndReportOnlyChanges) {
     EXPECT_EQ(reported, (std::vector<QString>{"OFF", "ON", "IDLE"}));
 }
 
-namespace {
-
-// Answers the file dialogs for the life of the object and records what they were asked.
-struct DialogAnswer {
-    struct Call {
-        SysFileDialog::Kind kind;
-        QString caption, dir, filter;
-    };
-    std::vector<Call> calls;
-    QString reply;
-
-    DialogAnswer() {
-        SysFileDialog::setAnswer([this](SysFileDialog::Kind kind, const QString& caption,
-                                        const QString& dir, const QString& filter) {
-            calls.push_back({kind, caption, dir, filter});
-            return reply;
-        });
-    }
-    ~DialogAnswer() { SysFileDialog::setAnswer(nullptr); }
-};
-
-} // namespace
-
 TEST(KitFileSelect, BrowseFillsThePathAndTellsOnlyAboutAChoice) {
-    DialogAnswer dialog;
+    DialogAnswers dialog;
     SysFileSelect select(nullptr, "Browse", {"*.bin", "*.img"});
     select.setCaption("Firmware");
     QSignalSpy chosen(&select, &SysFileSelect::selected);
@@ -110,10 +88,10 @@ TEST(KitFileSelect, BrowseFillsThePathAndTellsOnlyAboutAChoice) {
 
     dialog.reply = "/boards/app.bin";
     QTest::mouseClick(select.browseButton, Qt::LeftButton);
-    ASSERT_EQ(dialog.calls.size(), 1u);
-    EXPECT_EQ(dialog.calls[0].kind, SysFileDialog::OpenFile);
-    EXPECT_EQ(dialog.calls[0].caption.toStdString(), "Firmware");
-    EXPECT_EQ(dialog.calls[0].filter.toStdString(), "*.bin;*.img");
+    ASSERT_EQ(dialog.asked.size(), 1u);
+    EXPECT_EQ(dialog.asked[0].kind, SysFileDialog::OpenFile);
+    EXPECT_EQ(dialog.asked[0].caption.toStdString(), "Firmware");
+    EXPECT_EQ(dialog.asked[0].filter.toStdString(), "*.bin;*.img");
     EXPECT_EQ(select.pathEdit->text().toStdString(), "/boards/app.bin");
     ASSERT_EQ(chosen.count(), 1);
     EXPECT_EQ(chosen.at(0).at(0).toString().toStdString(), "/boards/app.bin");
@@ -123,26 +101,26 @@ TEST(KitFileSelect, BrowseFillsThePathAndTellsOnlyAboutAChoice) {
     QTest::mouseClick(select.browseButton, Qt::LeftButton);
     EXPECT_EQ(select.pathEdit->text().toStdString(), "/boards/app.bin");
     EXPECT_EQ(chosen.count(), 1);
-    EXPECT_TRUE(dialog.calls.back().dir.isEmpty());
+    EXPECT_TRUE(dialog.asked.back().dir.isEmpty());
 
     select.setMode(SysFileSelect::ExistingDirectory);
     dialog.reply = "/boards";
     QTest::mouseClick(select.browseButton, Qt::LeftButton);
-    EXPECT_EQ(dialog.calls.back().kind, SysFileDialog::ExistingDirectory);
+    EXPECT_EQ(dialog.asked.back().kind, SysFileDialog::ExistingDirectory);
     EXPECT_EQ(select.pathEdit->text().toStdString(), "/boards");
 
     select.setMode(SysFileSelect::SaveFile);
     select.setFilters({"*.bin"});
     dialog.reply = "/dumps/flash.bin";
     QTest::mouseClick(select.browseButton, Qt::LeftButton);
-    EXPECT_EQ(dialog.calls.back().kind, SysFileDialog::SaveFile);
-    EXPECT_EQ(dialog.calls.back().filter.toStdString(), "*.bin");
+    EXPECT_EQ(dialog.asked.back().kind, SysFileDialog::SaveFile);
+    EXPECT_EQ(dialog.asked.back().filter.toStdString(), "*.bin");
     EXPECT_EQ(chosen.count(), 3);
 
     // A mode the widget does not know asks nothing.
     select.setMode(5);
     QTest::mouseClick(select.browseButton, Qt::LeftButton);
-    EXPECT_EQ(dialog.calls.size(), 4u);
+    EXPECT_EQ(dialog.asked.size(), 4u);
 
     select.setEditable(true);
     select.clear();

@@ -1,3 +1,4 @@
+#include "DialogAnswers.h"
 #include "SheetProbe.h"
 #include "support/QtPrinters.h"
 
@@ -36,25 +37,6 @@ void fill(SysTable& table, const QList<QStringList>& rows) {
         }
     }
 }
-
-// Stands in for the user of the save dialog and records what each dialog would have shown.
-struct DialogAnswers {
-    struct Asked {
-        SysFileDialog::Kind kind;
-        QString caption, dir, filter;
-    };
-    explicit DialogAnswers(QStringList answers) : answers(answers) {
-        SysFileDialog::setAnswer([this](SysFileDialog::Kind kind, const QString& caption,
-                                        const QString& dir, const QString& filter) {
-            asked.push_back({kind, caption, dir, filter});
-            return this->answers.isEmpty() ? QString() : this->answers.takeFirst();
-        });
-    }
-    ~DialogAnswers() { SysFileDialog::setAnswer(nullptr); }
-
-    QStringList answers;
-    std::vector<Asked> asked;
-};
 
 const char kHtmlHead[] = "<html><head><title></title></head><body style=\"padding: 0px;margin: "
                          "0px;\"><table border=\"#409eff\" style=\"width:100%;border-collapse: "
@@ -324,7 +306,7 @@ TEST(KitTable, ContextMenuSavesAskForAFileAndClearEmpties) {
     const QString home = QDir::currentPath();
     ASSERT_TRUE(QDir::setCurrent(quiet.path()));
     {
-        DialogAnswers user({});
+        DialogAnswers user;
         for (int i = 0; i < 4; ++i)
             actions[i]->trigger();
         EXPECT_EQ(user.asked.size(), 4u);
