@@ -75,16 +75,11 @@ TEST(KitProgressBarStyle, GradientStopsRadiusAndTextFormat) {
         bar.styleSheet().contains("\tQProgressBar {\t\tborder-radius: 0.625000em;\t}"
                                   "\tQProgressBar::chunk {\t\tborder-radius: 0.625000em;\t}"));
 
-    EXPECT_EQ(appendedBy(bar,
-                         [&] {
-                             bar.setChunkGradient({"#f00", "#0f0"});
-                         }),
+    const QStringList two = {"#f00", "#0f0"}, three = {"#111", "#222", "#333"};
+    EXPECT_EQ(appendedBy(bar, [&] { bar.setChunkGradient(two); }),
               "QProgressBar::chunk{background:qlineargradient(spread:pad,x1:0,y1:0,x2:1,y2:0,"
               "stop: 0.00 #f00,stop: 0.50 #0f0);}");
-    EXPECT_EQ(appendedBy(bar,
-                         [&] {
-                             bar.setChunkGradient({"#111", "#222", "#333"});
-                         }),
+    EXPECT_EQ(appendedBy(bar, [&] { bar.setChunkGradient(three); }),
               "QProgressBar::chunk{background:qlineargradient(spread:pad,x1:0,y1:0,x2:1,y2:0,"
               "stop: 0.00 #111,stop: 0.33 #222,stop: 0.67 #333);}");
 
