@@ -1,4 +1,3 @@
-#include "base/PortTable.h"
 #include "engines/AppQZ4420Imple.h"
 #include "kit/SysButton.h"
 #include "kit/SysCheckBox.h"
@@ -13,7 +12,6 @@
 #include "pages/DownloadWindow.h"
 #include "sim/BoardSim.h"
 #include "support/MainWindowTest.h"
-#include "support/PtyPeer.h"
 #include "support/QtPrinters.h"
 #include "support/TestFiles.h"
 
@@ -53,9 +51,6 @@ protected:
     // Publishes the board as a virtual port and picks it in the page's port box.
     void choose(BoardSim& board, const QString& name) {
         ASSERT_TRUE(board.publish(name));
-        choosePort(name);
-    }
-    void choosePort(const QString& name) {
         QMetaObject::invokeMethod(page->portBox, "onTimerTimeout");
         page->portBox->setCurrentText(name);
         ASSERT_EQ(page->portBox->currentText(), name);
@@ -209,20 +204,14 @@ TEST_F(DownloadPage, EveryFailureGivesItsLineThenTheFailedLine) {
     EXPECT_EQ(runLines[0], f("download/dlTab/canOpenPortFmt", page->portNumber(), 115200));
 
     // A board that never answers the sync word: a second of polling, no lines from it.
-    {
-        PtyPeer silent;
-        QDir().mkpath(PortTable::virtualPortDir());
-        ASSERT_TRUE(QFile::link(QString::fromStdString(silent.slavePath()),
-                                PortTable::virtualPortDir() + "/mute"));
-        choosePort("mute");
-        runAndWait(page->aioStartButton);
-        EXPECT_EQ(runLines.mid(runLines.size() - 2),
-                  QStringList({w("download/dlTab/syncFailed"), failed}));
-        QFile::remove(PortTable::virtualPortDir() + "/mute");
-    }
-
     BoardSim board(resetting());
     choose(board, "simF");
+    for (int i = 0; i < 2000; ++i)
+        board.inject(SimFault::drop(SimFault::syncWord()));
+    runAndWait(page->aioStartButton);
+    EXPECT_EQ(runLines.mid(runLines.size() - 2),
+              QStringList({w("download/dlTab/syncFailed"), failed}));
+    board.clearFaults();
 
     // An image that does not parse: nothing goes to the port.
     const QString image = page->aioSelect->pathEdit->text();
