@@ -6,6 +6,7 @@
 #include "pages/BlendWindow.h"
 #include "support/MainWindowTest.h"
 #include "support/QtPrinters.h"
+#include "support/TestFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -166,11 +167,8 @@ TEST_F(BlendPage, LoadsFillTheTableOrLeaveItAsItWas) {
     answer = dir.filePath("many.conf");
     EXPECT_EQ(choose(page->importBox, 0), QStringList{f("blend/setting/tooManyItemsFmt",
                                                         qUtf8Printable(answer), "101", "100")});
-    QFile broken(dir.filePath("broken.bin"));
-    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
-    broken.write(QByteArray(4096, '\x5a'));
-    broken.close();
-    answer = broken.fileName();
+    answer = dir.filePath("broken.bin");
+    writeFile(answer, QByteArray(4096, '\x5a'));
     EXPECT_EQ(choose(page->importBox, 1).last(),
               f("blend/setting/nvBin/loadFailedFmt", qUtf8Printable(answer)));
     answer.clear();

@@ -7,6 +7,7 @@
 #include "kit/SysTextEdit.h"
 #include "pages/CmdPageFixture.h"
 #include "support/QtPrinters.h"
+#include "support/TestFiles.h"
 
 #include <QFile>
 #include <QTextBlock>
@@ -43,11 +44,6 @@ protected:
         TearDown();
         CmdPage::SetUp();
         tool = page->serialTool;
-    }
-    static void writeConfig(const QByteArray& text) {
-        QFile file(SerialTool::configPath());
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(text);
     }
 
     BoardSim board;
@@ -157,10 +153,7 @@ TEST_F(Terminal, SerialConfigKeepsEveryChangeAndReadsWhatItCan) {
     EXPECT_EQ(during([&] { tool->rtsBox->setChecked(true); }),
               QStringList{w("cmd/pleaseOpenPort")});
     EXPECT_FALSE(tool->rtsBox->isChecked());
-    QFile file(SerialTool::configPath());
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray saved = file.readAll();
-    file.close();
+    const QByteArray saved = readFile(SerialTool::configPath());
     EXPECT_TRUE(
         saved.startsWith("<?xml version = \"1.0\" encoding = \"GBK\"?>\n<Root>\n <setting "
                          "cycleValue=\"250\" isHexSend=\"0\" isHexRecv=\"1\" "
@@ -176,29 +169,27 @@ TEST_F(Terminal, SerialConfigKeepsEveryChangeAndReadsWhatItCan) {
     EXPECT_EQ(tool->cmdTable->item(0, 0)->text(), QString::fromUtf8("版本"));
     EXPECT_TRUE(tool->rowHexBox(99)->isChecked());
     tool->saveConfig();
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    EXPECT_EQ(file.readAll(), saved);
-    file.close();
+    EXPECT_EQ(readFile(SerialTool::configPath()), saved);
 
     // Without its last setting the settings are read but not the table; without its first,
     // nothing; a table longer than the page's fills its rows.
     QByteArray noStamp = saved;
     noStamp.replace(" isTimestamp=\"1\"", "");
-    writeConfig(noStamp);
+    writeFile(SerialTool::configPath(), noStamp);
     reopenWindow();
     EXPECT_EQ(tool->config.cycleValue, 250);
     EXPECT_TRUE(tool->hexRecvBox->isChecked());
     EXPECT_EQ(tool->config.cmdList[0].cmd, "");
     QByteArray noCycle = saved;
     noCycle.replace("cycleValue=\"250\" ", "");
-    writeConfig(noCycle);
+    writeFile(SerialTool::configPath(), noCycle);
     reopenWindow();
     EXPECT_EQ(tool->config.cycleValue, 1000);
     EXPECT_FALSE(tool->hexRecvBox->isChecked());
     QByteArray longList = "<?xml version = \"1.0\" encoding = \"GBK\"?>\n<Root><cmdList>";
     for (int i = 0; i < 150; ++i)
         longList += QString("<item cmd=\"c%1\" isHex=\"0\"/>").arg(i).toLatin1();
-    writeConfig(longList + "</cmdList></Root>\n");
+    writeFile(SerialTool::configPath(), longList + "</cmdList></Root>\n");
     reopenWindow();
     EXPECT_EQ(tool->config.cmdList.size(), 100);
     EXPECT_EQ(tool->config.cmdList[99].cmd, "c99");
