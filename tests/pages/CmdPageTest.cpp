@@ -29,8 +29,6 @@
 #include <QTest>
 
 TEST_F(CmdPage, OpensAndClosesThePortAndTellsThePanels) {
-    EXPECT_EQ(cmdWindowInstance, page);
-    EXPECT_EQ(page->tabs->count(), 5);
     EXPECT_EQ(page->baudCombo->currentText(), "115200");
     EXPECT_TRUE(page->portButton->isState("OFF"));
     QSignalSpy states(page->portButton, &SysStateButton::stateChanged);
