@@ -2,6 +2,7 @@
 #include "engines/AppQZ4420Imple.h"
 #include "support/LogCatcher.h"
 #include "support/PtyPeer.h"
+#include "support/Wire.h"
 
 #include <gtest/gtest.h>
 
@@ -10,25 +11,11 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-std::string bytes(std::initializer_list<int> values) {
-    std::string s;
-    for (int v : values)
-        s.push_back(char(v));
-    return s;
-}
-
-// A reply frame as a stub sends it: start byte, type, length, payload, state, sum.
-std::string replyFrame(int type, const std::string& payload, int state, bool goodSum = true) {
-    std::string f = bytes({0x5A, type, int(payload.size() & 0xFF), int(payload.size() >> 8)});
-    f += payload;
-    f.push_back(char(state));
-    unsigned sum = 0;
-    for (char c : f)
-        sum += uint8_t(c);
-    f.push_back(char(goodSum ? sum & 0xFF : (sum + 1) & 0xFF));
-    return f;
+// Bytes as the peer writes and reads them; a bad sum is the good one plus 1.
+std::string wire(QByteArray b, bool goodSum = true) {
+    if (!goodSum)
+        b[b.size() - 1] = char(b.back() + 1);
+    return b.toStdString();
 }
 
 struct Bench {
@@ -48,15 +35,15 @@ TEST(FrameLayer, SumWrapsAndPingGoesOutAsFiveBytes) {
     EXPECT_EQ(AppQZ4420Imple::frameSum(header, 4), 0xA5);
 
     Bench b;
-    b.peer.write(replyFrame(0, "", 0));
+    b.peer.write(wire(reply(0)));
     EXPECT_TRUE(b.engine.pingBoard(b.port));
-    EXPECT_EQ(b.peer.read(20, 200), bytes({0xA5, 0x00, 0x00, 0x00, 0xA5}));
+    EXPECT_EQ(b.peer.read(20, 200), wire(bytes({0xA5, 0x00, 0x00, 0x00, 0xA5})));
     EXPECT_TRUE(b.log.texts().isEmpty());
 
     // A payload's length goes little-endian, the sum covers all bytes before it.
     EXPECT_TRUE(b.engine.sendReq(b.port, 3, QByteArray("\x10\x00\x00\x00\x00\x01\x00\x00", 8)));
     EXPECT_EQ(b.peer.read(20, 200),
-              bytes({0xA5, 0x03, 0x08, 0x00, 0x10, 0, 0, 0, 0x00, 0x01, 0, 0, 0xC1}));
+              wire(bytes({0xA5, 0x03, 0x08, 0x00, 0x10, 0, 0, 0, 0x00, 0x01, 0, 0, 0xC1})));
 }
 
 TEST(FrameLayer, ReplyChecksRunInTheirOrderWithTheirLines) {
@@ -66,13 +53,14 @@ TEST(FrameLayer, ReplyChecksRunInTheirOrderWithTheirLines) {
         bool notEnough;
     };
     const Case cases[] = {
-        {bytes({0x41, 0x00, 0x00, 0x00}), "RECV_RSP: recv magic is error!", false},
-        {replyFrame(5, "", 0), "RECV_RSP: recv frame type is wrong: 05!", false},
+        {wire(bytes({0x41, 0x00, 0x00, 0x00})), "RECV_RSP: recv magic is error!", false},
+        {wire(reply(5)), "RECV_RSP: recv frame type is wrong: 05!", false},
         // State comes before the check byte: a refused reply with a bad sum tells the state.
-        {replyFrame(6, "", 1, false), "RECV_RSP: rsp sign indicates [FAILED]!", false},
-        {replyFrame(6, "", 2, false), "RECV_RSP: FLASH is not enough!", true},
-        {replyFrame(6, "", 0x33), "RECV_RSP: state sign value is wrong: 33", false},
-        {bytes({0x5A, 0x06, 0x00, 0x00, 0x00, 0x10}), "RECV_RSP: crc is wrong: 60 => 10", false},
+        {wire(reply(6, {}, 1), false), "RECV_RSP: rsp sign indicates [FAILED]!", false},
+        {wire(reply(6, {}, 2), false), "RECV_RSP: FLASH is not enough!", true},
+        {wire(reply(6, {}, 0x33)), "RECV_RSP: state sign value is wrong: 33", false},
+        {wire(bytes({0x5A, 0x06, 0x00, 0x00, 0x00, 0x10})), "RECV_RSP: crc is wrong: 60 => 10",
+         false},
     };
     for (const Case& c : cases) {
         Bench b;
@@ -88,13 +76,13 @@ TEST(FrameLayer, ReplyChecksRunInTheirOrderWithTheirLines) {
 
 TEST(FrameLayer, ReplyInPiecesLandsBehindWhatOutHeld) {
     Bench b;
-    const std::string reply = replyFrame(3, "flash-bytes", 0) + "trailing noise";
+    const std::string frame = wire(reply(3, "flash-bytes")) + "trailing noise";
     std::thread board([&] {
-        b.peer.write(reply.substr(0, 3)); // the start byte alone says nothing yet
+        b.peer.write(frame.substr(0, 3)); // the start byte alone says nothing yet
         std::this_thread::sleep_for(std::chrono::milliseconds(40));
-        b.peer.write(reply.substr(3, 7));
+        b.peer.write(frame.substr(3, 7));
         std::this_thread::sleep_for(std::chrono::milliseconds(40));
-        b.peer.write(reply.substr(10));
+        b.peer.write(frame.substr(10));
     });
     QByteArray out("head:");
     EXPECT_TRUE(b.engine.recvRsp(b.port, 3, &out, 2000));
@@ -103,13 +91,13 @@ TEST(FrameLayer, ReplyInPiecesLandsBehindWhatOutHeld) {
     EXPECT_TRUE(b.log.texts().isEmpty());
 
     // Without an out the payload is dropped, and a state-0 reply is a success.
-    b.peer.write(replyFrame(4, "ignored", 0));
+    b.peer.write(wire(reply(4, "ignored")));
     EXPECT_TRUE(b.engine.recvRsp(b.port, 4, 500));
 }
 
 TEST(FrameLayer, ShortReplyTimesOutAfterTheReadThatWasWaiting) {
     Bench b;
-    b.peer.write(bytes({0x5A, 0x00}));
+    b.peer.write(wire(bytes({0x5A, 0x00})));
     const auto start = Clock::now();
     EXPECT_FALSE(b.engine.recvRsp(b.port, 0, 500));
     const auto took =
