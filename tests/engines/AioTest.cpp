@@ -18,10 +18,6 @@ QByteArray onebRecord(int dlType, uint32_t addr, const QByteArray& content) {
     return QByteArray(1, char(dlType)) + le32(addr) + le32(uint32_t(content.size())) + content;
 }
 
-QByteArray toBytes(const ByteBuffer& b) {
-    return QByteArray(reinterpret_cast<const char*>(b.data()), b.size());
-}
-
 class Aio : public ::testing::Test {
 protected:
     QString path(const QString& name) const { return dir.filePath(name); }
@@ -72,7 +68,7 @@ TEST(ByteStream, AppendsReadsAndCursorBounds) {
     EXPECT_FALSE(s.readBytes(6, buf)); // past the end: nothing moves
     EXPECT_EQ(s.pos(), 7);
     EXPECT_TRUE(s.readBytes(5, buf));
-    EXPECT_EQ(toBytes(buf), QByteArray("xyxyz"));
+    EXPECT_EQ(bytesOf(buf), QByteArray("xyxyz"));
     EXPECT_FALSE(s.hasMore());
     EXPECT_TRUE(s.readBytes(0, buf));
     EXPECT_EQ(buf.size(), 0);
@@ -135,7 +131,7 @@ TEST_F(Aio, RoundTripKeepsOrderAndTargets) {
     ASSERT_EQ(entries.size(), 3);
     EXPECT_FALSE(entries[0].toRam);
     EXPECT_EQ(entries[0].startAddr, 0x10000u);
-    EXPECT_EQ(toBytes(entries[0].data), pattern(5000, 3));
+    EXPECT_EQ(bytesOf(entries[0].data), pattern(5000, 3));
     EXPECT_TRUE(entries[1].toRam);
     EXPECT_TRUE(entries[1].data.empty());
     EXPECT_EQ(entries[2].startAddr, 0xFFFFFFFFu);
@@ -260,7 +256,7 @@ TEST_F(Aio, BenoReaderKeepsTypesAndStopsAtTheEndOfTheData) {
     EXPECT_EQ(items[0].dlType, 0u);
     EXPECT_EQ(items[1].dlType, 9u);
     EXPECT_EQ(items[1].startAddr, 0x200u);
-    EXPECT_EQ(toBytes(items[0].data), pattern(20, 1));
+    EXPECT_EQ(bytesOf(items[0].data), pattern(20, 1));
     EXPECT_EQ(log.infos().first(), "PARSE_AIO: find 2 bin in all-in-one file");
 
     struct Case {

@@ -3,6 +3,7 @@
 #include "support/LogCatcher.h"
 
 #include "support/TestFiles.h"
+#include "support/Wire.h"
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -20,10 +21,6 @@ namespace {
 void putU32(QByteArray& image, int at, quint32 value) {
     for (int i = 0; i < 4; ++i)
         image[at + i] = char((value >> (8 * i)) & 0xFF);
-}
-
-QByteArray imageOf(const ByteBuffer& b) {
-    return QByteArray(reinterpret_cast<const char*>(b.data()), b.size());
 }
 
 quint32 u32At(const QByteArray& image, int at) {
@@ -59,7 +56,7 @@ protected:
     QByteArray write(const QList<NvItem>& list, int type, int size) {
         ByteBuffer out;
         EXPECT_TRUE(utils.kvToNv(list, type, out, size)) << log.texts().join('\n').toStdString();
-        return imageOf(out);
+        return bytesOf(out);
     }
     // Reads the image and expects its type and items.
     void expectReadBack(const QByteArray& image, int type, const QList<NvItem>& want) {
@@ -264,7 +261,7 @@ TEST_F(NvCodec, WriterRefusesWhatDoesNotFit) {
     EXPECT_EQ(failure({{"a", "b", ""}}, 1, -1), "KV_TO_NV: invalid image size: -1");
     // An image that is not a whole number of sectors takes what fits.
     EXPECT_TRUE(utils.kvToNv({{"a", "b", ""}}, 1, out, 100));
-    EXPECT_TRUE(allErased(imageOf(out), 80, 100));
+    EXPECT_TRUE(allErased(bytesOf(out), 80, 100));
 
     QTemporaryDir dir;
     log.clear();
@@ -290,7 +287,7 @@ TEST_F(NvCodec, FileRoundTripAndFileFailures) {
             << log.texts().join('\n').toStdString();
         ByteBuffer image;
         ASSERT_TRUE(utils.kvToNv(list, type, image, 4 * 4096));
-        EXPECT_EQ(readFile(path), imageOf(image));
+        EXPECT_EQ(readFile(path), bytesOf(image));
         QList<NvItem> loaded;
         int loadedType = -1;
         ASSERT_TRUE(utils.loadNvFile(path, loaded, loadedType));
@@ -386,7 +383,7 @@ TEST_F(NvCodec, RandomImagesAndListsAreHandledSafely) {
         ByteBuffer out;
         const bool written = utils.kvToNv(list, type, out, sectors * 4096);
         ASSERT_EQ(out.size(), sectors * 4096);
-        QByteArray image = imageOf(out);
+        QByteArray image = bytesOf(out);
         if (written && iteration % 3 == 0) {
             ASSERT_NO_FATAL_FAILURE(expectReadBack(image, type, list));
             ++accepted;

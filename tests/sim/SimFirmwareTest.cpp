@@ -15,10 +15,6 @@ namespace {
 
 using State = SimFirmwareState;
 
-QByteArray bytesOf(const ByteBuffer& b) {
-    return QByteArray(reinterpret_cast<const char*>(b.data()), b.size());
-}
-
 // Writes the bytes and gives back what comes: the first bytes within waitMs, and all that
 // follows them within settleMs.
 QByteArray talk(ComPort& port, const QByteArray& bytes, int waitMs = 500, int settleMs = 40) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/ByteBuffer.h"
+
 #include <QByteArray>
 
 #include <chrono>
@@ -14,6 +16,10 @@ using Clock = std::chrono::steady_clock;
 inline long msSince(Clock::time_point start) {
     return long(
         std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
+}
+
+inline QByteArray bytesOf(const ByteBuffer& b) {
+    return QByteArray(reinterpret_cast<const char*>(b.data()), b.size());
 }
 
 inline QByteArray bytes(std::initializer_list<int> list) {
