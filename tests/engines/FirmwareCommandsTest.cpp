@@ -44,10 +44,6 @@ QStringList times(int n, const QString& line) {
     return list;
 }
 
-void sleepFor(int ms) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
-}
-
 // Runs each check on a thread of its own and waits for all of them.
 void inParallel(const std::vector<std::function<void()>>& checks) {
     std::vector<std::thread> threads;

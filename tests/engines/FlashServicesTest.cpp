@@ -42,10 +42,6 @@ struct Bench {
     LogCatcher log{&engine};
 };
 
-QStringList percentLines(const LogCatcher& log) {
-    return log.starting("DL_TRUNK: trunk downloaded");
-}
-
 } // namespace
 
 // The ROM's raw dialogue is BootDialogue's to test byte by byte; here the stub goes in by frames.
@@ -99,7 +95,7 @@ TEST(FlashServices, BlockSizesAndProgressLinesAtTheDownloadRate) {
     // Three blocks: a line for each.
     b.log.clear();
     ASSERT_TRUE(b.engine.downloadTrunk(b.port, SysByteArray(pattern(3000, 3)), 0, true, 3));
-    EXPECT_EQ(percentLines(b.log),
+    EXPECT_EQ(b.log.starting("DL_TRUNK: trunk downloaded"),
               QStringList({"DL_TRUNK: trunk downloaded 33.33%", "DL_TRUNK: trunk downloaded 66.67%",
                            "DL_TRUNK: trunk downloaded 100.00%"}));
 
@@ -117,7 +113,7 @@ TEST(FlashServices, BlockSizesAndProgressLinesAtTheDownloadRate) {
         EXPECT_EQ(b.board.flash(0x10000, uint32_t(file.size())), file) << blockSize;
         EXPECT_EQ(b.board.blockWrites(), 123);
         EXPECT_EQ(b.board.repeatedBlocks(), 0);
-        const QStringList percent = percentLines(b.log);
+        const QStringList percent = b.log.starting("DL_TRUNK: trunk downloaded");
         ASSERT_EQ(percent.size(), 10) << percent.join('\n').toStdString();
         EXPECT_EQ(percent.first(), "DL_TRUNK: trunk downloaded 10.57%");
         EXPECT_EQ(percent.last(), "DL_TRUNK: trunk downloaded 100.00%");

@@ -19,10 +19,6 @@ long msBetween(Clock::time_point from, Clock::time_point to) {
     return long(std::chrono::duration_cast<std::chrono::milliseconds>(to - from).count());
 }
 
-void pause(int ms) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
-}
-
 QString sndFailed(const QString& cmd, const QString& word) {
     return QString("SND_AT_CFM: send cmd and wait rsp failed: cmd: %1, rspMatch: %2")
         .arg(cmd, word);
@@ -111,7 +107,7 @@ TEST(ProductionCommands, ConfirmedExchangeLogsItsMissAndTheDrainTakesWhatWaits) 
     // comes within it is taken as well.
     b.peer.write("banner 1 ");
     std::thread late([&] {
-        pause(30);
+        sleepFor(30);
         b.peer.write("banner 2");
     });
     EXPECT_TRUE(b.engine.drainTimed(b.port, 300, 150));
@@ -150,7 +146,7 @@ TEST(ProductionCommands, SignalMeasurementScalesRatesAndStrengths) {
     b.play([&] {
         b.lines.push_back(b.readLine());
         b.peer.write("DUTR:200,SIGR:0,");
-        pause(40);
+        sleepFor(40);
         b.peer.write("RSSI:255,DUT_RSSI:0,");
     });
     const auto start = Clock::now();
@@ -189,7 +185,7 @@ TEST(ProductionCommands, MacReadBackUnderTwoTags) {
     b.play([&] {
         b.lines.push_back(b.readLine());
         b.peer.write("OTP MAC:");
-        pause(40);
+        sleepFor(40);
         b.peer.write("0a:0b:0c:0d:0e:0f\r\nOK");
     });
     EXPECT_TRUE(b.engine.getMacOtp(b.port, mac));
@@ -255,7 +251,7 @@ TEST(ProductionCommands, TestSignAndStationMarks) {
     b.play([&] {
         b.lines.push_back(b.readLine());
         b.peer.write("value:[01");
-        pause(40);
+        sleepFor(40);
         b.peer.write("20]\r\nOK");
     });
     EXPECT_TRUE(b.engine.getTestSign(b.port, sign));

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdint>
 #include <initializer_list>
+#include <thread>
 
 // Bytes as the host and the simulated board put them on the wire, built by hand from their
 // layout, and the clock the timing checks read.
@@ -16,6 +17,10 @@ using Clock = std::chrono::steady_clock;
 inline long msSince(Clock::time_point start) {
     return long(
         std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
+}
+
+inline void sleepFor(int ms) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
 }
 
 inline QByteArray bytesOf(const ByteBuffer& b) {
