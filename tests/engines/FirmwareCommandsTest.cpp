@@ -500,6 +500,20 @@ TEST(FirmwareCommands, EfuseWordsAndTheStateWord) {
             EXPECT_TRUE(b.engine.readEfuseState(b.port, word));
             EXPECT_EQ(word, 0xF03u);
             EXPECT_EQ(b.fw.lines(), times(4, "efuse read 0x20 4"));
+            // The whole state word: JTag 1, bits 2, 3, 5, 6, count 0x3F, bits 16, 18, 19.
+            setEfuseWord(b.fw, 0x20, 0x000D3F6D);
+            EfuseState st;
+            EXPECT_TRUE(b.engine.getEfuseState(b.port, st));
+            EXPECT_EQ(st.flashEcryptCount, 0x3Fu);
+            EXPECT_TRUE(st.safeBootMode);
+            EXPECT_TRUE(st.flashEncryptEnabled);
+            EXPECT_FALSE(st.bit4);
+            EXPECT_TRUE(st.aesPrivateKeyReadable);
+            EXPECT_TRUE(st.aesPrivateKeyWritable);
+            EXPECT_TRUE(st.frequency);
+            EXPECT_FALSE(st.bootromLogOutput);
+            EXPECT_TRUE(st.bit18);
+            EXPECT_TRUE(st.bootromStartupType);
         },
         [] { // read, change the field, write back: the other bits stay
             Bench b;
@@ -529,23 +543,6 @@ TEST(FirmwareCommands, EfuseWordsAndTheStateWord) {
             EXPECT_FALSE(b.engine.writeStateBits(b.port, 0, 9, 1));
             EXPECT_FALSE(b.engine.writeStateBits(b.port, -1, 2, 1));
             EXPECT_EQ(b.fw.lines().size(), sent);
-        },
-        [] {
-            Bench b;
-            // JTag 1, bits 2, 3, 5, 6, count 0x3F, bits 16, 18, 19.
-            setEfuseWord(b.fw, 0x20, 0x000D3F6D);
-            EfuseState st;
-            EXPECT_TRUE(b.engine.getEfuseState(b.port, st));
-            EXPECT_EQ(st.flashEcryptCount, 0x3Fu);
-            EXPECT_TRUE(st.safeBootMode);
-            EXPECT_TRUE(st.flashEncryptEnabled);
-            EXPECT_FALSE(st.bit4);
-            EXPECT_TRUE(st.aesPrivateKeyReadable);
-            EXPECT_TRUE(st.aesPrivateKeyWritable);
-            EXPECT_TRUE(st.frequency);
-            EXPECT_FALSE(st.bootromLogOutput);
-            EXPECT_TRUE(st.bit18);
-            EXPECT_TRUE(st.bootromStartupType);
         },
         [] { // the complement's field is 8 wide with blanks, not zeros
             Bench b;
@@ -648,9 +645,8 @@ TEST(FirmwareCommands, EfuseRegionsKeyFilesAndText) {
             b.fw.inject(Fault::refuse("efuse write_AES_TRNG"));
             EXPECT_FALSE(b.engine.writeAesFromTrng(b.port));
             EXPECT_EQ(b.fw.lines().size(), 3); // no confirmation behind a refusal
-        },
-        [] { // text, four characters to a word from its low byte up
-            Bench b;
+            // Text, four characters to a word from its low byte up.
+            b.fw.clearLines();
             EXPECT_TRUE(b.engine.writeEfuseText(b.port, 0x54, "hello"));
             EXPECT_EQ(b.fw.lines(),
                       QStringList(
