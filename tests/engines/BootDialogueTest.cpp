@@ -2,6 +2,7 @@
 #include "engines/AppQZ4410Imple.h"
 #include "support/LogCatcher.h"
 #include "support/PtyPeer.h"
+#include "support/Wire.h"
 
 #include <gtest/gtest.h>
 
@@ -12,19 +13,6 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-std::string bytes(std::initializer_list<int> values) {
-    std::string s;
-    for (int v : values)
-        s.push_back(char(v));
-    return s;
-}
-
-std::string le32(uint32_t v) {
-    return bytes({int(v & 0xFF), int((v >> 8) & 0xFF), int((v >> 16) & 0xFF), int(v >> 24)});
-}
-
 ByteBuffer pattern(int n) {
     ByteBuffer b;
     for (int i = 0; i < n; ++i)
@@ -32,8 +20,8 @@ ByteBuffer pattern(int n) {
     return b;
 }
 
-std::string text(const ByteBuffer& b, int from, int n) {
-    return std::string(b.data() + from, b.data() + from + n);
+QByteArray text(const ByteBuffer& b, int from, int n) {
+    return bytesOf(b).mid(from, n);
 }
 
 struct Bench {
@@ -46,14 +34,14 @@ struct Bench {
 
 // One step of a played board: the bytes it reads and checks, then the byte it answers.
 struct Step {
-    std::string want;
+    QByteArray want;
     int answer;
 };
 
 std::thread playBoard(PtyPeer& peer, std::vector<Step> steps) {
     return std::thread([&peer, steps] {
         for (const Step& s : steps) {
-            EXPECT_EQ(peer.readExactly(s.want.size()), s.want);
+            EXPECT_EQ(QByteArray::fromStdString(peer.readExactly(size_t(s.want.size()))), s.want);
             peer.write(std::string(1, char(s.answer)));
         }
     });
@@ -63,7 +51,7 @@ std::thread playBoard(PtyPeer& peer, std::vector<Step> steps) {
 
 TEST(BootDialogue, SyncHandsOverTheFirstByte) {
     Bench b;
-    b.peer.write(bytes({0x33, 0x01, 0x02}));
+    b.peer.write(bytes({0x33, 0x01, 0x02}).toStdString());
     int mode = -1;
     EXPECT_TRUE(b.engine.syncBoard(b.port, &mode, 50));
     EXPECT_EQ(mode, 51);
@@ -71,8 +59,7 @@ TEST(BootDialogue, SyncHandsOverTheFirstByte) {
 
     const auto start = Clock::now();
     EXPECT_FALSE(b.engine.syncBoard(b.port, &mode, 2));
-    EXPECT_LT(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count(),
-              200);
+    EXPECT_LT(msSince(start), 200);
     EXPECT_EQ(b.log.errors(), QStringList({"SYNC: recv rsp timeout！"}));
     EXPECT_EQ(AppQZ4410Imple::modeText(1), "UART MODE");
     EXPECT_EQ(AppQZ4410Imple::modeText(2), "FLASH MODE");
@@ -132,10 +119,10 @@ TEST(BootDialogue, ResyncWritesZerosUntilTheBoardIsBackInStep) {
     Bench b;
     b.engine.setLogProgress(true);
     const ByteBuffer data = pattern(3000);
-    const std::string header = le32(1) + le32(0x20000) + le32(3000);
+    const QByteArray header = le32(1) + le32(0x20000) + le32(3000);
     // Out of step at the header; back in step on the third zero.
     std::thread board = playBoard(b.peer, {{header, 0xFF},
-                                           {std::string(3, '\0'), 0xFF},
+                                           {QByteArray(3, '\0'), 0xFF},
                                            {header, 0},
                                            {text(data, 0, 1024), 0},
                                            {text(data, 1024, 1024), 0},
@@ -153,16 +140,15 @@ TEST(BootDialogue, ResyncWritesZerosUntilTheBoardIsBackInStep) {
 TEST(BootDialogue, SilentResyncSendsTwelveZerosThenTheHeaderAgain) {
     Bench b;
     const ByteBuffer data = pattern(10);
-    const std::string header = le32(3) + le32(0x100) + le32(10);
+    const QByteArray header = le32(3) + le32(0x100) + le32(10);
     long tookMs = 0;
     std::thread board([&] {
-        EXPECT_EQ(b.peer.readExactly(12), header);
-        b.peer.write(bytes({0xFF}));
+        EXPECT_EQ(b.peer.readExactly(12), header.toStdString());
+        b.peer.write(bytes({0xFF}).toStdString());
         const auto start = Clock::now();
-        EXPECT_EQ(b.peer.readExactly(24, 5000), std::string(12, '\0') + header);
-        tookMs = long(
-            std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
-        b.peer.write(bytes({0x07})); // the second header is refused
+        EXPECT_EQ(b.peer.readExactly(24, 5000), std::string(12, '\0') + header.toStdString());
+        tookMs = msSince(start);
+        b.peer.write(bytes({0x07}).toStdString()); // the second header is refused
     });
     EXPECT_FALSE(b.engine.downloadTrunk(b.port, 3, 0x100, data));
     board.join();
@@ -174,7 +160,7 @@ TEST(BootDialogue, SilentResyncSendsTwelveZerosThenTheHeaderAgain) {
 
 TEST(BootDialogue, EveryRefusalEndsTheTransferWithItsLine) {
     const ByteBuffer data = pattern(1500);
-    const std::string header = le32(1) + le32(0) + le32(1500);
+    const QByteArray header = le32(1) + le32(0) + le32(1500);
     struct Case {
         std::vector<Step> board;
         QString line;
