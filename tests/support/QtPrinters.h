@@ -7,9 +7,7 @@
 #include <ostream>
 
 // Readable failure messages for Qt values in test assertions.
-inline void PrintTo(const QString& s, std::ostream* os) {
-    *os << '"' << s.toStdString() << '"';
-}
+inline void PrintTo(const QString& s, std::ostream* os) { *os << '"' << s.toStdString() << '"'; }
 
 inline void PrintTo(const QStringList& list, std::ostream* os) {
     *os << "{";
