@@ -84,6 +84,7 @@ TEST(KitFileSelect, BrowseFillsThePathAndTellsOnlyAboutAChoice) {
     SysFileSelect select(nullptr, "Browse", {"*.bin", "*.img"});
     select.setCaption("Firmware");
     QSignalSpy chosen(&select, &SysFileSelect::selected);
+    EXPECT_EQ(select.browseButton->text().toStdString(), "Browse");
     EXPECT_TRUE(select.pathEdit->isReadOnly());
 
     dialog.reply = "/boards/app.bin";
@@ -130,6 +131,13 @@ TEST(KitFileSelect, BrowseFillsThePathAndTellsOnlyAboutAChoice) {
 
 TEST(KitFileSelect, TheWholeAndItsPartsAreStyledTogether) {
     SysFileSelect select;
+    EXPECT_EQ(select.browseButton->text().toStdString(), "...");
+    EXPECT_EQ(select.orientation(), Qt::Horizontal);
+    EXPECT_FALSE(select.childrenCollapsible());
+    EXPECT_TRUE(
+        select.styleSheet().endsWith("QLineEdit{margin: 1px;}QLineEdit:read-only {color: #333;}"
+                                     "QLineEdit:disabled{color: #c0c0c0;}"));
+
     EXPECT_EQ(appendedBy(select, [&] { select.setRadius(1.0f); }),
               "\tQSplitter {\t\tborder-radius: 1.00em;\t}");
     EXPECT_TRUE(sheetEndsWith(*select.pathEdit, "\tQLineEdit {\t\tborder-radius: 0.69em;\t}"));

@@ -160,10 +160,21 @@ TEST(KitAutoLayout, WidgetsFillRowsOfTheGivenSizes) {
     EXPECT_EQ(unsized->rows.size(), 2);
 }
 
-// The frames' buttons and hints are the constructors' settings; the status bar is hidden on
-// the plug-in's window (PluginEntry).
-TEST(KitWindows, AParentDoesNotMakeTheMainWindowAChild) {
+TEST(KitWindows, MainWindowAndDialogFrames) {
     QWidget owner;
     SysMainWindow window(&owner);
+    // A parent does not turn the main window into a child widget.
     EXPECT_TRUE(window.isWindow());
+    const Qt::WindowFlags flags = window.windowFlags();
+    for (Qt::WindowType hint : {Qt::WindowCloseButtonHint, Qt::WindowMinimizeButtonHint,
+                                Qt::WindowMaximizeButtonHint, Qt::CustomizeWindowHint})
+        EXPECT_TRUE(flags.testFlag(hint)) << hint;
+    EXPECT_TRUE(window.statusBar()->isHidden());
+    EXPECT_FALSE(window.statusBar()->isSizeGripEnabled());
+
+    SysDialog dialog;
+    EXPECT_EQ(dialog.windowType(), Qt::Dialog);
+    EXPECT_TRUE(dialog.windowFlags().testFlag(Qt::WindowMinMaxButtonsHint));
+    EXPECT_TRUE(dialog.windowFlags().testFlag(Qt::WindowCloseButtonHint));
+    EXPECT_TRUE(dialog.testAttribute(Qt::WA_StyledBackground));
 }

@@ -52,6 +52,11 @@ TEST(KitGroupBoxStyle, TitleTrimmingAndShadedBorder) {
     EXPECT_FALSE(box.styleSheet().contains("margin-top: 0px"));
     // The default theme colour reaches the border as its light shade.
     EXPECT_TRUE(box.styleSheet().contains("\tQGroupBox {\t\tborder-color: #cfe7ff;\t}"));
+    EXPECT_TRUE(sheetEndsWith(box, "\tQGroupBox {\t\tborder-color: #cfe7ff;\t}"
+                                   "\tQGroupBox {\t\tfont-size: 18px;\t}"
+                                   "\tQGroupBox::title {\t\tfont-size: 18px;\t}"
+                                   "\tQGroupBox {\t\tbackground-color: transparent;\t}"
+                                   "\tQGroupBox {\t\tborder-radius: 0.50em;\t}"));
 
     EXPECT_EQ(appendedBy(box, [&] { box.setBorderColor("#000"); }),
               "\tQGroupBox {\t\tborder-color: #bfbfbf;\t}");
@@ -74,12 +79,19 @@ TEST(KitProgressBarStyle, GradientStopsRadiusAndTextFormat) {
     EXPECT_TRUE(
         bar.styleSheet().contains("\tQProgressBar {\t\tborder-radius: 0.625000em;\t}"
                                   "\tQProgressBar::chunk {\t\tborder-radius: 0.625000em;\t}"));
+    EXPECT_TRUE(sheetEndsWith(bar, "\tQProgressBar {\t\tborder-color: #409eff;\t}"
+                                   "\tQProgressBar::chunk {\t\tbackground-color: #409eff;\t}"));
 
-    const QStringList two = {"#f00", "#0f0"}, three = {"#111", "#222", "#333"};
-    EXPECT_EQ(appendedBy(bar, [&] { bar.setChunkGradient(two); }),
+    EXPECT_EQ(appendedBy(bar,
+                         [&] {
+                             bar.setChunkGradient({"#f00", "#0f0"});
+                         }),
               "QProgressBar::chunk{background:qlineargradient(spread:pad,x1:0,y1:0,x2:1,y2:0,"
               "stop: 0.00 #f00,stop: 0.50 #0f0);}");
-    EXPECT_EQ(appendedBy(bar, [&] { bar.setChunkGradient(three); }),
+    EXPECT_EQ(appendedBy(bar,
+                         [&] {
+                             bar.setChunkGradient({"#111", "#222", "#333"});
+                         }),
               "QProgressBar::chunk{background:qlineargradient(spread:pad,x1:0,y1:0,x2:1,y2:0,"
               "stop: 0.00 #111,stop: 0.33 #222,stop: 0.67 #333);}");
 
@@ -106,6 +118,10 @@ TEST(KitTabStyle, ThemeShadesAndDefaultsOrder) {
     EXPECT_TRUE(tab.styleSheet().contains("\tQTabWidget::pane {\t\tborder-color: #cfe7ff;\t}"
                                           "\tQTabWidget QTabBar::tab:hover {\t\tbackground-color: "
                                           "#cfe7ff;\t}"));
+    EXPECT_TRUE(sheetEndsWith(tab, "\tQTabWidget::pane {\t\tborder-radius: 0.50em;\t}"
+                                   "\tQTabWidget {\t\tfont-size: 18px;\t}"
+                                   "\tQTabWidget QTabBar {\t\tfont-size: 18px;\t}"
+                                   "\tQTabWidget QTabBar::tab {\t\tfont-size: 18px;\t}"));
 
     EXPECT_EQ(appendedBy(tab, [&] { tab.setThemeColor("#000"); }),
               "\tQTabWidget::pane {\t\tborder-color: #bfbfbf;\t}"
@@ -126,7 +142,12 @@ TEST(KitWindowStyle, MainWindowDialogAndSplitterRules) {
               "\tQMainWindow {\t\tfont-size: 18px;\t\tbackground-color: #f0f0f0;"
               "\t\tpadding: 0px;\t}");
 
+    SysDialog dialog;
+    EXPECT_TRUE(sheetEndsWith(dialog, "\tQDialog {\t\tfont-size: 18px;\t}"
+                                      "\tQDialog {\t\tbackground-color: #FFF;\t}"));
+
     SysSplitter splitter;
+    EXPECT_TRUE(splitter.styleSheet().contains("QSplitter::handle {\t\tbackground: transparent;"));
     EXPECT_EQ(appendedBy(splitter, [&] { splitter.setHandleWidth(4); }),
               "\tQSplitter::handle {\t\twidth: 4px;\t}");
 }

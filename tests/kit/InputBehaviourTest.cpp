@@ -95,6 +95,11 @@ TEST(KitComboBox, PlaceholderStaysTheCaptionAfterEveryChoice) {
     EXPECT_EQ(combo.currentText(), "Import");
     EXPECT_TRUE(view->isRowHidden(2));
     EXPECT_FALSE(view->isRowHidden(0));
+    // The caption is drawn on the theme colour.
+    EXPECT_TRUE(combo.styleSheet().endsWith(
+        "\tQComboBox {\t\tborder-color: #409eff;\t}\tQComboBox {\t\tbackground-color: #409eff;\t}"
+        "\tQComboBox {\t\tcolor: #FFF;\t}\tQComboBox::drop-down {\t\tborder-left-color: #FFF;\t}"
+        "\tQComboBox::down-arrow {\t\tborder-top-color: #FFF;\t\tborder-bottom-color: #FFF;\t}"));
 
     QTest::keyClick(&combo, Qt::Key_Up);
     ASSERT_EQ(activated.count(), 2);
@@ -110,7 +115,7 @@ TEST(KitComboBox, PlaceholderStaysTheCaptionAfterEveryChoice) {
     EXPECT_EQ(combo.currentText(), "Load");
     EXPECT_TRUE(view->isRowHidden(2));
 
-    // The caption is drawn on the theme colour, a new one too.
+    // A new theme recolours the caption too.
     combo.setThemeColor("#ff0000");
     EXPECT_TRUE(combo.styleSheet().endsWith(
         "\tQComboBox {\t\tborder-color: #ff0000;\t}\tQComboBox {\t\tbackground-color: #ff0000;\t}"
@@ -220,8 +225,6 @@ RowParts partsOf(QWidget* row) {
 
 } // namespace
 
-// Every factory builds its row the same way (sysMakeWidgetRow); the first row's label and
-// alignments stand for all of them.
 TEST(KitRowFactories, RowsHoldALabelAndTheControlTheyGiveBack) {
     SysWidget page;
     const Qt::Alignment labelAlign = Qt::AlignRight | Qt::AlignVCenter;
@@ -249,16 +252,20 @@ TEST(KitRowFactories, RowsHoldALabelAndTheControlTheyGiveBack) {
     ASSERT_NE(spin, nullptr);
     EXPECT_EQ(spin->value(), 5);
     EXPECT_EQ(spin->maximum(), 10);
+    EXPECT_EQ(partsOf(number[0]).control, spin);
+    EXPECT_EQ(partsOf(number[0]).label->text().toStdString(), "Count:");
 
     const QList<QWidget*> combo = sysMakeComboRow("Rate", {"9600", "115200"}, &page);
     auto* box = qobject_cast<SysComboBox*>(combo.value(1));
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(box->items(), (QStringList{"9600", "115200"}));
+    EXPECT_EQ(partsOf(combo[0]).controlAlign, controlAlign);
 
     const QList<QWidget*> polled = sysMakeSerialRow("Port", true, &page);
     auto* ports = qobject_cast<SysSerialComboBox*>(polled.value(1));
     ASSERT_NE(ports, nullptr);
     EXPECT_TRUE(ports->isPolling());
+    EXPECT_EQ(partsOf(polled[0]).label->text().toStdString(), "Port:");
     const QList<QWidget*> idle = sysMakeSerialRow("Port", false, &page);
     EXPECT_FALSE(qobject_cast<SysSerialComboBox*>(idle.value(1))->isPolling());
 
@@ -280,8 +287,10 @@ TEST(KitFormLayout, FormRowsUseTheLabelColour) {
     EXPECT_EQ(edit->text().toStdString(), "a0b1c2d3e4f5");
     EXPECT_EQ(edit->maxLength(), 12);
     EXPECT_EQ(edit->minLength, 12);
-    form->addComboRow("Mode", {"a", "b"});
+    SysComboBox* combo = form->addComboRow("Mode", {"a", "b"});
+    EXPECT_EQ(combo->count(), 2);
     SysTable* table = form->addTableRow("Items", {"name", "value"});
+    EXPECT_EQ(table->columnCount(), 2);
     ASSERT_EQ(form->rowCount(), 3);
 
     auto* label = qobject_cast<SysLabel*>(form->itemAt(0, QFormLayout::LabelRole)->widget());

@@ -39,8 +39,7 @@ void collectWarnings(QtMsgType, const QMessageLogContext&, const QString& text) 
 } // namespace
 
 // Qt drops a sheet it cannot parse, or a property it does not know, with no more than a
-// warning; painting every control with its whole sheet brings such mistakes out. The default
-// rules each constructor appends are its own settings, taken as they stand.
+// warning; painting every control with its whole sheet brings such mistakes out.
 TEST(KitInputStyle, EverySheetIsUnderstoodByQt) {
     SysWidget page;
     auto* layout = new SysVLayout(&page);
@@ -79,12 +78,55 @@ TEST(KitInputStyle, EverySheetIsUnderstoodByQt) {
     menu->grab();
     qInstallMessageHandler(previous);
     EXPECT_TRUE(styleWarnings.empty()) << styleWarnings.front();
+}
 
-    // The sheet is real Qt style: the read-only state greys an edit's text.
+TEST(KitInputStyle, DefaultsFollowTheBaseSheetInOrder) {
+    SysLabel label(nullptr, "Port");
+    EXPECT_TRUE(
+        label.styleSheet().startsWith(QString::fromUtf8("\tQLabel {\t\tfont-family: '微软雅黑';")));
+    EXPECT_TRUE(sheetEndsWith(label, "\tQLabel {\t\tcolor: #000;\t}"
+                                     "\tQLabel {\t\tfont-size: 18px;\t}"
+                                     "\tQLabel {\t\tbackground-color: transparent;\t}"));
+    EXPECT_EQ(label.alignment(), Qt::AlignCenter);
+
     SysLineEdit edit;
+    EXPECT_TRUE(sheetEndsWith(edit, "\tQLineEdit:focus {\t\tborder-color: #409eff;\t}"
+                                    "\tQLineEdit QMenu {\t\tborder: 1px solid #409eff;\t}"
+                                    "\tQLineEdit QMenu::item:selected {\t\tcolor: #fff;"
+                                    "\t\tbackground-color: #409eff;\t}"
+                                    "\tQLineEdit {\t\tfont-size: 18px;\t}"
+                                    "\tQLineEdit {\t\tborder-radius: 0.63em;\t}"));
+    // The sheet is real Qt style: the read-only state greys the text.
     edit.setReadOnly(true);
     edit.ensurePolished();
     EXPECT_EQ(edit.palette().color(QPalette::Text), QColor("#A0A0A0"));
+
+    SysButton button(nullptr, "Start");
+    EXPECT_EQ(button.text().toStdString(), "Start");
+    EXPECT_TRUE(sheetEndsWith(button, "\tQPushButton {\t\tborder-radius: 0.75em;\t}"));
+    EXPECT_EQ(button.cursor().shape(), Qt::PointingHandCursor);
+
+    SysNumberEdit number(nullptr, 7);
+    EXPECT_EQ(number.value(), 7);
+    EXPECT_TRUE(sheetEndsWith(number, "\tQSpinBox {\t\tfont-size: 18px;\t}"
+                                      "\tQSpinBox {\t\tborder-radius: 0.63em;\t}"
+                                      "\tQSpinBox {\t\tborder-width: 1px;\t}"));
+
+    SysList list;
+    EXPECT_TRUE(sheetEndsWith(list, "\tQListWidget::item {\t\tborder-bottom-style: solid;\t}"
+                                    "\tQListWidget::item {\t\tborder-bottom-color: #f0f0f0;\t}"));
+
+    SysMenu menu;
+    EXPECT_TRUE(sheetEndsWith(menu, "\tQMenu::item {\t\tpadding: 0.25em 0.75em;\t}"));
+
+    SysTextEdit text;
+    // Scroll bars take the light grey base colour and its shades.
+    EXPECT_TRUE(text.styleSheet().contains(
+        "\tQTextEdit QScrollBar {\t\tbackground-color: #eeeeee;\t\tborder: 1px solid #ddd;\t}"
+        "\tQTextEdit QScrollBar:hover {\t\tborder: 1px solid #ddd;\t}"
+        "\tQTextEdit QScrollBar::handle {\t\tbackground-color: #a6a6a6;\t}"
+        "\tQTextEdit QScrollBar::handle:hover {\t\tbackground-color: #6f6f6f;\t}"));
+    EXPECT_TRUE(sheetEndsWith(text, "\tQTextEdit {\t\tborder-radius: 0.75em;\t}"));
 }
 
 TEST(KitInputStyle, ThemeColoursAndTheirShades) {

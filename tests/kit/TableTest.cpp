@@ -49,10 +49,36 @@ const QByteArray kTint = "<tr style=\"background-color:#ecf5ff\">";
 
 } // namespace
 
-// The table's look as built (headers, selection, its default sheet) is its constructor's
-// settings; what a setter appends, and the editing modes, are checked here.
-TEST(KitTable, StyleSettersAndEditingModes) {
+TEST(KitTable, ConstructionLookStyleSettersAndEditingModes) {
     SysTable table(nullptr, {"A", "B"});
+    EXPECT_EQ(table.columnCount(), 2);
+    EXPECT_EQ(table.horizontalHeaderItem(1)->text(), "B");
+    EXPECT_EQ(table.rowCount(), 0);
+    EXPECT_EQ(table.nextRow, 0);
+    EXPECT_FALSE(table.verticalHeader()->isVisibleTo(&table));
+    EXPECT_EQ(table.selectionBehavior(), QAbstractItemView::SelectRows);
+    EXPECT_TRUE(table.horizontalHeader()->stretchLastSection());
+    EXPECT_FALSE(table.horizontalHeader()->highlightSections());
+    EXPECT_EQ(table.focusPolicy(), Qt::NoFocus);
+    EXPECT_TRUE(table.hasAutoScroll());
+    EXPECT_EQ(table.dragDropMode(), QAbstractItemView::NoDragDrop);
+
+    EXPECT_TRUE(table.styleSheet().startsWith(QString::fromUtf8(
+        "\tQTableWidget {\t\tfont-family: '微软雅黑';\t\tbackground-color: #FFFFFF;")));
+    // The defaults follow the base sheet in the order the constructor gives them.
+    EXPECT_TRUE(sheetEndsWith(table,
+                              "\tQTableWidget {\t\tfont-size: 18px;\t}"
+                              "\tQTableWidget QHeaderView::section {\t\tfont-size: 18px;\t}"
+                              "\tQTableWidget::item {\t\tfont-size: 18px;\t}"
+                              "\tQTableWidget QHeaderView::section {\t\tbackground-color: "
+                              "#e0e0e0;\t}"
+                              "\tQTableWidget QScrollBar {\t\tbackground-color: #eeeeee;"
+                              "\t\tborder: 1px solid #ddd;\t}"
+                              "\tQTableWidget QScrollBar:hover {\t\tborder: 1px solid #ddd;\t}"
+                              "\tQTableWidget QScrollBar::handle {\t\tbackground-color: #a6a6a6;\t}"
+                              "\tQTableWidget QScrollBar::handle:hover {\t\tbackground-color: "
+                              "#6f6f6f;\t}"));
+
     EXPECT_EQ(appendedBy(table, [&] { table.setHeaderTextColor("#FFF"); }),
               "\tQTableWidget QHeaderView::section {\t\tcolor: #FFF;\t}");
     EXPECT_EQ(appendedBy(table, [&] { table.setSelectionBackgroundColor("#409eff"); }),
