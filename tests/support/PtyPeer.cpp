@@ -11,9 +11,12 @@
 
 PtyPeer::PtyPeer() {
     master_ = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0)
+    // ptsname_r: tests make peers on several threads at once, and ptsname shares one buffer.
+    char name[64];
+    if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0 ||
+        ptsname_r(master_, name, sizeof name) != 0)
         throw std::runtime_error("cannot make a pty");
-    slavePath_ = ptsname(master_);
+    slavePath_ = name;
     // Raw from the start, so nothing written before the port side opens is echoed or changed.
     const int slave = ::open(slavePath_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
     if (slave >= 0) {
