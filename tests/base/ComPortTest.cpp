@@ -1,6 +1,7 @@
 #include "base/ComPort.h"
 #include "base/PortTable.h"
 #include "support/PtyPeer.h"
+#include "support/Wire.h"
 
 #include <gtest/gtest.h>
 
@@ -8,13 +9,6 @@
 #include <thread>
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-long msSince(Clock::time_point start) {
-    return long(
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count());
-}
 
 std::string text(const ByteBuffer& b) {
     return std::string(b.data(), b.data() + b.size());
